@@ -1,0 +1,91 @@
+// The provider of motion and OIS samples. All instances share the held samples; each has subscriptions of its own.
+#include <map>
+#include <set>
+#include <string>
+
+#include "platform/SensorProvider.h"
+#include "platform/host/Guarded.h"
+#include "platform/host/Host.h"
+#include "platform/host/HostState.h"
+
+using NSCam::Utils::eSensorType;
+using NSCam::Utils::SensorData;
+using NSCam::Utils::SensorProvider;
+
+namespace host {
+namespace {
+
+struct ProviderState {
+    bool creates = true;
+    std::set<eSensorType> refused;
+    std::map<eSensorType, std::vector<SensorData>> held;
+};
+
+internal::Guarded<ProviderState>& providerState() {
+    return internal::processWide<internal::Guarded<ProviderState>>();
+}
+
+class HostSensorProvider final : public SensorProvider {
+public:
+    explicit HostSensorProvider(const char* user) : mUser(user ? user : "") {}
+
+    bool enableSensor(eSensorType type, [[maybe_unused]] std::uint32_t interval) override {
+        internal::enter(Operation::kEnableSensor);
+        if (providerState().lock()->refused.contains(type)) return false;
+        mRunning.lock()->insert(type);
+        return true;
+    }
+
+    bool disableSensor(eSensorType type) override {
+        internal::enter(Operation::kDisableSensor);
+        return mRunning.lock()->erase(type) != 0;
+    }
+
+    bool getAllSensorData(eSensorType type, std::vector<SensorData>& samples) override {
+        internal::enter(Operation::kGetAllSensorData);
+        samples.clear();
+        const auto state = providerState().lock();
+        const auto found = state->held.find(type);
+        if (found == state->held.end()) return false;
+        // Nothing is copied, and the caller's memory takes the next samples.
+        samples.swap(found->second);
+        return !samples.empty();
+    }
+
+private:
+    const std::string mUser;  // for who looks at an instance in a debugger
+    internal::Guarded<std::set<eSensorType>> mRunning;
+};
+
+}  // namespace
+
+void setProviderCreates(bool creates) {
+    providerState().lock()->creates = creates;
+}
+
+void setProviderEnables(eSensorType type, bool enables) {
+    const auto state = providerState().lock();
+    if (enables) {
+        state->refused.erase(type);
+    } else {
+        state->refused.insert(type);
+    }
+}
+
+void deliverSamples(eSensorType type, const std::vector<SensorData>& samples) {
+    const auto state = providerState().lock();
+    auto& held = state->held[type];
+    held.insert(held.end(), samples.begin(), samples.end());
+}
+
+void internal::resetSensorProvider() {
+    *providerState().lock() = {};
+}
+
+}  // namespace host
+
+std::shared_ptr<SensorProvider> SensorProvider::createInstance(const char* user) {
+    host::internal::enter(host::Operation::kCreateProvider);
+    if (!host::providerState().lock()->creates) return nullptr;
+    return std::make_shared<host::HostSensorProvider>(user);
+}

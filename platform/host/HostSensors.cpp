@@ -1,0 +1,173 @@
+// The sensor list and the sensor objects, answering from what setSensor() said.
+#include <cstring>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "platform/HalSensorList.h"
+#include "platform/host/Guarded.h"
+#include "platform/host/Host.h"
+#include "platform/host/HostState.h"
+
+namespace host {
+namespace {
+
+constexpr unsigned long kRollingShutterCommand = 0x400F;
+constexpr unsigned long kOtpLayoutCommand = 0x4049;
+
+constexpr int kCommandDone = 0;
+constexpr int kCommandFailed = -1;
+
+// A command carries addresses as integers.
+void* addressOf(unsigned long argument) {
+    return reinterpret_cast<void*>(argument);
+}
+
+// One user's handle. Thread safe.
+class HostSensor final : public NSCam::IHalSensor {
+public:
+    HostSensor(const char* user, int index, std::size_t generation)
+        : mUser(user ? user : ""), mIndex(index), mGeneration(generation) {}
+
+    int sendCommand(std::uint32_t deviceId, unsigned long command, unsigned long argument1, unsigned long argument2,
+                    unsigned long argument3) override;
+    void release(const char* user) override;
+
+private:
+    int answerOtpLayout(std::uint32_t deviceId, void* layout) const;
+    int answerRollingShutter(std::uint32_t deviceId, void* time, const void* mode) const;
+
+    const std::string mUser;
+    const int mIndex;
+    const std::size_t mGeneration;  // of the list at creation
+};
+
+struct SensorState {
+    std::map<int, Sensor> sensors;
+    bool listPresent = true;
+    // Every object that is not released, so that one whose release failed stays reachable and usable.
+    std::map<const HostSensor*, std::unique_ptr<HostSensor>> objects;
+    SensorObjectCounts counts;
+    // Number of resets; an object from before the last one does not count any more.
+    std::size_t generation = 0;
+
+    const Sensor* find(int index) const {
+        const auto found = sensors.find(index);
+        return found == sensors.end() ? nullptr : &found->second;
+    }
+
+    // The sensor whose driver answers: a handle reaches its own sensor's device and no other.
+    const Sensor* findDriver(int index, std::uint32_t deviceId) const {
+        const Sensor* sensor = find(index);
+        return sensor && sensor->deviceId == deviceId ? sensor : nullptr;
+    }
+};
+
+internal::Guarded<SensorState>& sensorState() {
+    return internal::processWide<internal::Guarded<SensorState>>();
+}
+
+int HostSensor::sendCommand(std::uint32_t deviceId, unsigned long command, unsigned long argument1,
+                            unsigned long argument2, unsigned long argument3) {
+    internal::enter(Operation::kSensorCommand);
+    switch (command) {
+        case kOtpLayoutCommand:
+            return answerOtpLayout(deviceId, addressOf(argument2));
+        case kRollingShutterCommand:
+            return answerRollingShutter(deviceId, addressOf(argument1), addressOf(argument3));
+        default:
+            return kCommandFailed;
+    }
+}
+
+int HostSensor::answerOtpLayout(std::uint32_t deviceId, void* layout) const {
+    if (!layout) return kCommandFailed;
+    const auto state = sensorState().lock();
+    const Sensor* sensor = state->findDriver(mIndex, deviceId);
+    if (!sensor || !sensor->otpLayout) return kCommandFailed;
+    std::memcpy(layout, sensor->otpLayout->data(), sizeof *sensor->otpLayout);
+    return kCommandDone;
+}
+
+int HostSensor::answerRollingShutter(std::uint32_t deviceId, void* time, const void* mode) const {
+    if (!time || !mode) return kCommandFailed;
+    std::uint32_t wanted = 0;
+    std::memcpy(&wanted, mode, sizeof wanted);
+    const auto state = sensorState().lock();
+    const Sensor* sensor = state->findDriver(mIndex, deviceId);
+    if (!sensor) return kCommandFailed;
+    const auto found = sensor->rollingShutter.find(wanted);
+    if (found == sensor->rollingShutter.end()) return kCommandFailed;
+    std::memcpy(time, &found->second, sizeof found->second);
+    return kCommandDone;
+}
+
+void HostSensor::release(const char* user) {
+    internal::enter(Operation::kReleaseSensor);
+    std::unique_ptr<HostSensor> self;  // destroyed last, when nothing uses this object any more
+    const auto state = sensorState().lock();
+    const auto found = state->objects.find(this);
+    if (found == state->objects.end()) return;
+    if (mGeneration == state->generation) {
+        ++state->counts.released;
+        if (!user || mUser != user) state->counts.usersMatch = false;
+    }
+    self = std::move(found->second);
+    state->objects.erase(found);
+}
+
+class HostSensorList final : public NSCam::IHalSensorList {
+public:
+    std::uint32_t querySensorDeviceId(int index) override {
+        internal::enter(Operation::kSensorDeviceId);
+        const auto state = sensorState().lock();
+        const Sensor* sensor = state->find(index);
+        return sensor ? sensor->deviceId : 0;
+    }
+
+    NSCam::IHalSensor* createSensor(const char* user, int index) override {
+        internal::enter(Operation::kCreateSensor);
+        const auto state = sensorState().lock();
+        const Sensor* sensor = state->find(index);
+        if (!sensor || !sensor->openable) return nullptr;
+        auto object = std::make_unique<HostSensor>(user, index, state->generation);
+        HostSensor* const created = object.get();
+        state->objects.emplace(created, std::move(object));
+        ++state->counts.created;
+        return created;
+    }
+};
+
+constinit HostSensorList gSensorList;
+
+}  // namespace
+
+void setSensor(int sensorId, Sensor sensor) {
+    // The OTP bytes are the provider's: the driver never answers with them.
+    internal::setOtp(sensorId, std::exchange(sensor.otp, std::nullopt));
+    sensorState().lock()->sensors.insert_or_assign(sensorId, std::move(sensor));
+}
+
+void setSensorListPresent(bool present) {
+    sensorState().lock()->listPresent = present;
+}
+
+SensorObjectCounts sensorObjectCounts() {
+    return sensorState().lock()->counts;
+}
+
+void internal::resetSensors() {
+    const auto state = sensorState().lock();
+    state->sensors.clear();
+    state->listPresent = true;
+    state->counts = {};
+    ++state->generation;
+}
+
+}  // namespace host
+
+NSCam::IHalSensorList* NSCam::IHalSensorList::get() {
+    host::internal::enter(host::Operation::kSensorListGet);
+    return host::sensorState().lock()->listPresent ? &host::gSensorList : nullptr;
+}

@@ -1,0 +1,48 @@
+#include "customer/aaa/aaa/lsc/OisHallDump.h"
+
+#include <cstdio>
+#include <memory>
+
+namespace lsc {
+namespace {
+
+// Casts in this file: printf's conversions name types of their own, and the file shows unsigned numbers as signed ones.
+
+constexpr std::size_t kPathSize = 128;  // bytes, the terminating zero included
+
+struct CloseFile {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+File openDump(int sensorId, unsigned int frame, std::uint64_t startUs) noexcept {
+    char path[kPathSize] = {};
+    std::snprintf(path, sizeof path, "data/vendor/camera_dump/capture_camera_%d_frame_%d_%lld_oishall.txt", sensorId,
+                  static_cast<int>(frame), static_cast<long long>(startUs));
+    return File(std::fopen(path, "w+"));
+}
+
+}  // namespace
+
+void writeOisHallDump(int sensorId, unsigned int frame, const ExposureTimes& times, const ActiveSamples& samples,
+                      const SpanSearch& span, const std::vector<double>& x, const std::vector<double>& y) noexcept {
+    const File file = openDump(sensorId, frame, times.startUs);
+    if (!file) return;
+    std::FILE* const out = file.get();
+
+    std::fprintf(out, "frame: %d\n", static_cast<int>(frame));
+    for (std::int32_t i = span.start; i <= span.end; ++i) {
+        std::fprintf(out, "\t\"OIS hall X\": %f\n", static_cast<double>(samples[i].x));
+        std::fprintf(out, "\t\"OIS hall Y\": %f\n", static_cast<double>(samples[i].y));
+    }
+    if (x.size() >= 2 && y.size() >= 2) {
+        std::fprintf(out, "\t\"match ois hall0 X\": %lf\n", x[0]);
+        std::fprintf(out, "\t\"match ois hall0 y\": %lf\n", y[0]);
+        std::fprintf(out, "\t\"match ois hall1 X\": %lf\n", x[1]);
+        std::fprintf(out, "\t\"match ois hall1 y\": %lf\n", y[1]);
+    }
+    std::fprintf(out, "\t\"exposure_time\": %lld\n", static_cast<long long>(times.exposureUs));
+    std::fprintf(out, "\t\"shutter_time\": %d\n", static_cast<int>(times.shutterUs));
+}
+
+}  // namespace lsc

@@ -1,0 +1,36 @@
+// Search in the queue of buffered frames. Pure functions of their inputs.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+
+#include "customer/aaa/aaa/lsc/SampleBatch.h"
+
+namespace lsc {
+
+// The samples filed under one frame number; never empty in a queue.
+struct FrameEntry {
+    std::uint32_t frame;
+    Samples samples;
+};
+using FrameQueue = std::deque<FrameEntry>;  // oldest at the front; all samples in one ascending sequence
+
+inline constexpr std::size_t kWindowSize = 100;   // entries that a query by time gives
+inline constexpr std::size_t kWindowBefore = 50;  // of them before the match, away from the ends
+
+std::size_t totalSamples(const FrameQueue& queue);
+
+// The first sample of the queue whose time stamp, unsigned, is not below `time` (ns).
+struct SampleMatch {
+    std::size_t offset;      // position in the whole sequence
+    std::int64_t timestamp;  // ns
+};
+std::optional<SampleMatch> firstNotBefore(const FrameQueue& queue, std::uint64_t time);
+
+// Copies the kWindowSize samples around position `offset` of the `total` that the queue holds: 50 before it, itself and
+// the 49 after it, held against the ends of the sequence. `total` must be at least kWindowSize, `offset` below it.
+Samples copyWindow(const FrameQueue& queue, std::size_t total, std::size_t offset);
+
+}  // namespace lsc

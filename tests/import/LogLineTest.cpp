@@ -1,0 +1,70 @@
+// Lines of logcat in every form that it prints.
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include "tools/replay/import/LogLine.h"
+
+namespace {
+
+using replay::import::LogLine;
+using replay::import::parseLogLine;
+
+struct Form {
+    const char* line;
+    const char* time;
+    std::uint32_t pid;
+    std::optional<std::uint32_t> tid;
+    char priority = 'D';
+    const char* tag = "Tag";
+    const char* text = "[f] x: 1 (2): 3";
+};
+
+class Forms : public testing::TestWithParam<Form> {};
+
+TEST_P(Forms, AreTakenApart) {
+    const Form& form = GetParam();
+    const auto line = parseLogLine(form.line);
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->time, form.time);
+    EXPECT_EQ(line->pid, form.pid);
+    EXPECT_EQ(line->tid, form.tid);
+    EXPECT_EQ(line->priority, form.priority);
+    EXPECT_EQ(line->tag, form.tag);
+    EXPECT_EQ(line->text, form.text);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Logcat, Forms,
+    testing::Values(
+        Form{"11-22 10:11:12.345  1234  5678 D Tag     : [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, 5678},
+        Form{"2026-11-22 10:11:12.345  1234     7 D Tag: [f] x: 1 (2): 3", "2026-11-22 10:11:12.345", 1234, 7},
+        Form{"11-22 10:11:12.345 +0100  1234 5678 D Tag: [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, 5678},
+        Form{"11-22 10:11:12.345678901 -0330 10123  1 2 D Tag: [f] x: 1 (2): 3", "11-22 10:11:12.345678901", 1, 2},
+        Form{"11-22 10:11:12.345678 media  1234  5678 D Tag: [f] x: 1 (2): 3", "11-22 10:11:12.345678", 1234, 5678},
+        Form{"  1700000000.123  1234  5678 D Tag: [f] x: 1 (2): 3", "  1700000000.123", 1234, 5678},
+        Form{"11-22 10:11:12.345  1234  5678 E Tag a b : ", "11-22 10:11:12.345", 1234, 5678, 'E', "Tag a b", ""},
+        Form{"11-22 10:11:12.345 W/Tag     ( 1234): [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, {}, 'W'},
+        Form{"11-22 10:11:12.345 +0100 D/Tag(10123: 1234): [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, {}},
+        Form{"D/Tag     ( 1234): [f] x: 1 (2): 3", "", 1234, {}},
+        Form{"D/Tag (a)(media: 1234): [f] x: 1 (2): 3", "", 1234, {}, 'D', "Tag (a)"}));
+
+TEST(LogLine, OfOtherFormsIsNone) {
+    for (const char* line : {"", " ", "--------- beginning of main", "11-22 10:11:12.345", "at com.android.Camera",
+                             "11-22 10:11:12 1234 5678 D Tag: x", "11-22 10:11:12.345 1234 5678 Tag: x",
+                             "11-22 10:11:12.345 1234 5678 D Tag x", "1234 5678 D Tag: x", "D/Tag(1234) x",
+                             "D/Tag(a): x", "11-22 10:11:12.345 99999999999 1 D Tag: x", "\xff\xfe/(1):"}) {
+        EXPECT_FALSE(parseLogLine(line)) << line;
+    }
+    EXPECT_FALSE(parseLogLine(std::string("D/\0(", 4)));
+}
+
+TEST(LogLine, MayBeCutAnywhere) {
+    const std::string whole = "2026-11-22 10:11:12.345 +0100 media  1234  5678 D Tag     : text";
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        const auto line = parseLogLine(whole.substr(0, size));
+        EXPECT_EQ(line.has_value(), size > whole.find(" : ") + 1) << size;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,45 @@
+// Makes what a function stands on fail: memory, locks, the platform. Replaces the program's operator new and
+// pthread_mutex_lock; counts and fails only on the thread that armed it.
+#pragma once
+
+#include <cstddef>
+
+namespace test {
+
+enum class Fault {
+    kAllocation,  // operator new: the throwing ones throw, the others give null
+    kLock,        // std::mutex::lock throws
+    kPlatform,    // an operation of the platform throws
+};
+// The thread sanitizer must see every lock with its own eyes: there, none fails.
+#if defined(__SANITIZE_THREAD__)
+inline constexpr bool kLocksFail = false;
+#else
+inline constexpr bool kLocksFail = true;
+#endif
+inline constexpr Fault kFaults[] = {Fault::kAllocation, Fault::kLock, Fault::kPlatform};
+
+enum class Repeat { kOnce, kForever };
+
+// While it lives, the n-th point (from 0) at which `fault` can strike fails, or all from there on do.
+class FaultAt {
+public:
+    FaultAt(Fault fault, std::size_t n, Repeat repeat);
+    ~FaultAt();
+    FaultAt(const FaultAt&) = delete;
+    FaultAt& operator=(const FaultAt&) = delete;
+
+    // Whether anything failed.
+    bool struck() const;
+};
+
+// Every operator new from now on fails, until destruction.
+class NoMemory : public FaultAt {
+public:
+    NoMemory() : FaultAt(Fault::kAllocation, 0, Repeat::kForever) {}
+};
+
+// Allocations by operator new that this thread has made so far.
+std::size_t allocationCount();
+
+}  // namespace test

@@ -1,0 +1,72 @@
+// The hall dump file, byte for byte.
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "customer/aaa/aaa/lsc/OisHallDump.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A directory of the test's own as the working directory.
+class HallDump : public testing::Test {
+protected:
+    HallDump() : mBefore(fs::current_path()) {
+        std::string pattern = (fs::temp_directory_path() / "hall-dump-XXXXXX").string();
+        mScratch = ::mkdtemp(pattern.data());
+        fs::current_path(mScratch);
+        mSamples.entries[1] = {1.5F, -2.25F, 0};
+        mSamples.entries[2] = {1e10F, 0.0000004F, 0};
+        mSpan.start = 1;
+        mSpan.end = 2;
+    }
+    ~HallDump() override {
+        fs::current_path(mBefore);
+        fs::remove_all(mScratch);
+    }
+
+    void write(const std::vector<double>& x, const std::vector<double>& y) {
+        lsc::writeOisHallDump(-3, 0xFFFFFFFF, {0, 20'000, std::uint64_t(-5), 9'000}, mSamples, mSpan, x, y);
+    }
+
+    static std::string content() {
+        std::ifstream file("data/vendor/camera_dump/capture_camera_-3_frame_-1_-5_oishall.txt");
+        std::stringstream text;
+        text << file.rdbuf();
+        return text.str();
+    }
+
+    const fs::path mBefore;
+    fs::path mScratch;
+    lsc::ActiveSamples mSamples;
+    lsc::SpanSearch mSpan;
+};
+
+constexpr char kHead[] =
+    "frame: -1\n"
+    "\t\"OIS hall X\": 1.500000\n\t\"OIS hall Y\": -2.250000\n"
+    "\t\"OIS hall X\": 10000000000.000000\n\t\"OIS hall Y\": 0.000000\n";
+constexpr char kTail[] = "\t\"exposure_time\": 20000\n\t\"shutter_time\": 9000\n";
+
+TEST_F(HallDump, HoldsSpanResultAndTimes) {
+    fs::create_directories("data/vendor/camera_dump");
+    write({4, 0}, {5, 0, 7});
+    EXPECT_EQ(content(), std::string(kHead) +
+                             "\t\"match ois hall0 X\": 4.000000\n\t\"match ois hall0 y\": 5.000000\n"
+                             "\t\"match ois hall1 X\": 0.000000\n\t\"match ois hall1 y\": 0.000000\n" +
+                             kTail);
+    write({4, 0}, {5});
+    EXPECT_EQ(content(), std::string(kHead) + kTail);
+    write({4}, {5, 0});
+    EXPECT_EQ(content(), std::string(kHead) + kTail);
+}
+
+TEST_F(HallDump, IsSkippedWithoutItsDirectory) {
+    write({4, 0}, {5, 0});
+    EXPECT_TRUE(fs::is_empty("."));
+}
+
+}  // namespace

@@ -1,0 +1,102 @@
+// Property: no session, well-formed or not, brings down the player or the library. An input that begins with a NUL byte
+// is turned into well-formed lines; any other is played as it stands.
+#include <sstream>
+#include <string>
+
+#include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
+#include "fuzz/Input.h"
+#include "tools/replay/Errors.h"
+#include "tools/replay/Player.h"
+
+namespace {
+
+std::string number(fuzz::Input& input) {
+    return std::to_string(input.time(1'000'000'000));
+}
+std::string sensor(fuzz::Input& input) {
+    return "\"sensor\":" + std::to_string(static_cast<int>(input.below(17)) - 1);
+}
+
+std::string samplesLine(fuzz::Input& input) {
+    std::string data;
+    std::int64_t time = input.take<std::int64_t>();
+    for (unsigned int left = input.below(120); left > 0; --left) {
+        time = input.time(time);
+        data += "[" + std::to_string(time) + ",1,2," + std::to_string(input.below(50)) + ",\"nan\"],";
+    }
+    if (!data.empty()) data.pop_back();
+    return R"({"samples":5,"data":[)" + data + "]}";
+}
+
+std::string metadataLine(fuzz::Input& input) {
+    // Sizes around the two exposure times, at 4592 and 4704.
+    const unsigned int size = 4760 - input.below(250);
+    const unsigned int offset = size - 8 - input.below(200);
+    return R"({"metadata":"m","entries":[{"tag":"0xC00A0002","int32":[)" + std::to_string(input.take<std::int32_t>()) +
+           R"(]},{"tag":"0xC0010017","int64":[)" + number(input) + R"(]},{"tag":"0xC00A0006","int64":[4,)" +
+           number(input) + ",6," + number(input) + R"(]},{"tag":"0xC0030000","memory":{"size":)" +
+           std::to_string(size) + R"(,"u64":{")" + std::to_string(offset) + R"(":)" +
+           std::to_string(input.take<std::uint32_t>()) + "}}}]}";
+}
+
+std::string line(fuzz::Input& input) {
+    switch (input.below(9)) {
+        case 0:
+            return R"({"platform":"log","mode":)" + std::to_string(input.below(16)) +
+                   R"(,"details_level":5,"details_mask":"0x821000"})";
+        case 1:
+            return R"({"platform":"property","key":"vendor.tarvo.3a.lscutil.log","value":)" +
+                   std::to_string(input.below(6)) + "}";
+        case 2:
+            return R"({"call":"RegisterAndStartSensorMonitor",)" + sensor(input) + R"(,"type":5})";
+        case 3:
+            return samplesLine(input);
+        case 4:
+            return R"({"call":"UpdateSensorData",)" + sensor(input) + R"(,"frame":)" + std::to_string(input.below(5)) +
+                   R"(,"timestamp":1})";
+        case 5:
+            return metadataLine(input);
+        case 6:
+            return R"({"call":"fillLscOISCompInfo",)" + sensor(input) + R"(,"metadata":"m"})";
+        case 7:
+            return R"({"call":"CalcOISValue","type":)" + std::to_string(input.below(8)) +
+                   R"(,"input":{"sof_timestamp":)" + std::to_string(input.take<std::uint64_t>()) +
+                   R"(,"exposure_time":)" + std::to_string(input.take<std::uint64_t>()) + R"(},"frame":0,)" +
+                   sensor(input) + "}";
+        default:
+            return R"({"call":"UnRegisterSensorMonitor",)" + sensor(input) + "}";
+    }
+}
+
+std::string structured(fuzz::Input input) {
+    std::string text =
+        "{\"platform\":\"sensor\",\"sensor\":0,\"otp_layout\":{\"oisCalibration\":{\"valid\":0},\"enable\":1},"
+        "\"otp\":\"01\",\"rolling_shutter\":{\"0\":3000000}}\n{\"metadata\":\"m\",\"entries\":[]}\n";
+    while (!input.empty())
+        text += line(input) + "\n";
+    return text;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const bool wellFormed = size != 0 && data[0] == 0;
+    // Cast: bytes are characters here.
+    const std::string text =
+        wellFormed ? structured({data + 1, size - 1}) : std::string(reinterpret_cast<const char*>(data), size);
+    std::istringstream session(text);
+    std::ostringstream results;
+    std::ostringstream table;
+    replay::PlayOptions options;
+    options.results = &results;
+    options.table = &table;
+    try {
+        replay::play(session, options);
+    } catch (const replay::SessionError&) {
+        fuzz::require(!wellFormed);
+    }
+    const std::lock_guard lock(TarvoShadingCustomUtil::mSingleMutex);
+    delete TarvoShadingCustomUtil::mSingleInstance;
+    TarvoShadingCustomUtil::mSingleInstance = nullptr;
+    return 0;
+}

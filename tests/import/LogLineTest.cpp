@@ -20,34 +20,33 @@ struct Form {
     const char* text = "[f] x: 1 (2): 3";
 };
 
-class Forms : public testing::TestWithParam<Form> {};
+constexpr Form kForms[] = {
+    {"11-22 10:11:12.345  1234  5678 D Tag     : [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, 5678},
+    {"2026-11-22 10:11:12.345  1234     7 D Tag: [f] x: 1 (2): 3", "2026-11-22 10:11:12.345", 1234, 7},
+    {"11-22 10:11:12.345 +0100  1234 5678 D Tag: [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, 5678},
+    {"11-22 10:11:12.345678901 -0330 10123  1 2 D Tag: [f] x: 1 (2): 3", "11-22 10:11:12.345678901", 1, 2},
+    {"11-22 10:11:12.345678 media  1234  5678 D Tag: [f] x: 1 (2): 3", "11-22 10:11:12.345678", 1234, 5678},
+    {"  1700000000.123  1234  5678 D Tag: [f] x: 1 (2): 3", "  1700000000.123", 1234, 5678},
+    {"11-22 10:11:12.345  1234  5678 E Tag a b : ", "11-22 10:11:12.345", 1234, 5678, 'E', "Tag a b", ""},
+    {"11-22 10:11:12.345 W/Tag     ( 1234): [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, {}, 'W'},
+    {"11-22 10:11:12.345 +0100 D/Tag(10123: 1234): [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, {}},
+    {"D/Tag     ( 1234): [f] x: 1 (2): 3", "", 1234, {}},
+    {"D/Tag (a)(media: 1234): [f] x: 1 (2): 3", "", 1234, {}, 'D', "Tag (a)"},
+};
 
-TEST_P(Forms, AreTakenApart) {
-    const Form& form = GetParam();
-    const auto line = parseLogLine(form.line);
-    ASSERT_TRUE(line);
-    EXPECT_EQ(line->time, form.time);
-    EXPECT_EQ(line->pid, form.pid);
-    EXPECT_EQ(line->tid, form.tid);
-    EXPECT_EQ(line->priority, form.priority);
-    EXPECT_EQ(line->tag, form.tag);
-    EXPECT_EQ(line->text, form.text);
+TEST(LogLine, OfEveryFormIsTakenApart) {
+    for (const Form& form : kForms) {
+        SCOPED_TRACE(form.line);
+        const auto line = parseLogLine(form.line);
+        ASSERT_TRUE(line);
+        EXPECT_EQ(line->time, form.time);
+        EXPECT_EQ(line->pid, form.pid);
+        EXPECT_EQ(line->tid, form.tid);
+        EXPECT_EQ(line->priority, form.priority);
+        EXPECT_EQ(line->tag, form.tag);
+        EXPECT_EQ(line->text, form.text);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Logcat, Forms,
-    testing::Values(
-        Form{"11-22 10:11:12.345  1234  5678 D Tag     : [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, 5678},
-        Form{"2026-11-22 10:11:12.345  1234     7 D Tag: [f] x: 1 (2): 3", "2026-11-22 10:11:12.345", 1234, 7},
-        Form{"11-22 10:11:12.345 +0100  1234 5678 D Tag: [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, 5678},
-        Form{"11-22 10:11:12.345678901 -0330 10123  1 2 D Tag: [f] x: 1 (2): 3", "11-22 10:11:12.345678901", 1, 2},
-        Form{"11-22 10:11:12.345678 media  1234  5678 D Tag: [f] x: 1 (2): 3", "11-22 10:11:12.345678", 1234, 5678},
-        Form{"  1700000000.123  1234  5678 D Tag: [f] x: 1 (2): 3", "  1700000000.123", 1234, 5678},
-        Form{"11-22 10:11:12.345  1234  5678 E Tag a b : ", "11-22 10:11:12.345", 1234, 5678, 'E', "Tag a b", ""},
-        Form{"11-22 10:11:12.345 W/Tag     ( 1234): [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, {}, 'W'},
-        Form{"11-22 10:11:12.345 +0100 D/Tag(10123: 1234): [f] x: 1 (2): 3", "11-22 10:11:12.345", 1234, {}},
-        Form{"D/Tag     ( 1234): [f] x: 1 (2): 3", "", 1234, {}},
-        Form{"D/Tag (a)(media: 1234): [f] x: 1 (2): 3", "", 1234, {}, 'D', "Tag (a)"}));
 
 TEST(LogLine, OfOtherFormsIsNone) {
     for (const char* line : {"", " ", "--------- beginning of main", "11-22 10:11:12.345", "at com.android.Camera",

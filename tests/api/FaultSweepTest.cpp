@@ -56,6 +56,7 @@ struct World {
                 text << ' ' << value;
             text << '\n';
         };
+        list("result", std::array{result ? 1 : 0, index});
         list("array", array);
         list("floats", floats);
         list("x", x);

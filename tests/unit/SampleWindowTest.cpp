@@ -52,27 +52,23 @@ struct SplitCase {
     std::vector<std::int64_t> olderPart, newerPart;
 };
 
-class Split : public testing::TestWithParam<SplitCase> {};
-
-TEST_P(Split, DividesAtTheMiddleOfTheOverlap) {
-    const SplitCase& c = GetParam();
-    const lsc::SplitBatches split = lsc::splitBatches(at(c.older), at(c.newer));
-    EXPECT_EQ(split.splitTime, c.splitTime);
-    EXPECT_EQ(stamps(split.older), c.olderPart);
-    EXPECT_EQ(stamps(split.newer), c.newerPart);
+TEST(SampleBatch, DividesAtTheMiddleOfTheOverlap) {
+    const SplitCase cases[] = {{{10, 20, 30, 40}, {25, 35, 45, 55}, 32, {10, 20, 25, 30}, {35, 40, 45, 55}},
+                               // A sample at the split time goes to the newer side.
+                               {{10, 40}, {20, 30}, 30, {10, 20}, {30, 40}},
+                               // Toward zero, not down: -25 / 2 is -12, which is the sample's own stamp.
+                               {{-30, -12}, {-13, -12}, -12, {-30, -13}, {-12, -12}},
+                               // A negative stamp is after every other one in unsigned order, so the cut comes first.
+                               {{-20, 40}, {10, 50}, 25, {}, {-20, 10, 40, 50}},
+                               // Beyond 64 bits the sum wraps; the split time is then later than every stamp.
+                               {{kMax - 9, kMax - 1}, {kMax - 5, kMax}, -4, {kMax - 9, kMax - 5, kMax - 1, kMax}, {}}};
+    for (const SplitCase& c : cases) {
+        const lsc::SplitBatches split = lsc::splitBatches(at(c.older), at(c.newer));
+        EXPECT_EQ(split.splitTime, c.splitTime);
+        EXPECT_EQ(stamps(split.older), c.olderPart);
+        EXPECT_EQ(stamps(split.newer), c.newerPart);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, Split,
-    testing::Values(SplitCase{{10, 20, 30, 40}, {25, 35, 45, 55}, 32, {10, 20, 25, 30}, {35, 40, 45, 55}},
-                    // A sample at the split time goes to the newer side.
-                    SplitCase{{10, 40}, {20, 30}, 30, {10, 20}, {30, 40}},
-                    // Toward zero, not down: -25 / 2 is -12, which is the sample's own stamp.
-                    SplitCase{{-30, -12}, {-13, -12}, -12, {-30, -13}, {-12, -12}},
-                    // A negative stamp is after every other one in unsigned order, so the cut comes first.
-                    SplitCase{{-20, 40}, {10, 50}, 25, {}, {-20, 10, 40, 50}},
-                    // Beyond 64 bits the sum wraps; the split time is then later than every stamp.
-                    SplitCase{{kMax - 9, kMax - 1}, {kMax - 5, kMax}, -4, {kMax - 9, kMax - 5, kMax - 1, kMax}, {}}));
 
 // Concatenates, scans and copies.
 Samples windowByScan(const lsc::FrameQueue& queue, std::uint64_t time) {

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
 
 #include "customer/aaa/aaa/lsc/OisSpan.h"
 #include "tests/support/Scene.h"
@@ -80,29 +81,71 @@ struct SpanCase {
     std::int32_t start, end;
 };
 
-class Span : public testing::TestWithParam<SpanCase> {};
-
-TEST_P(Span, CoversExposureStartToReadoutEnd) {
-    const SpanCase& c = GetParam();
-    const SpanSearch span = lsc::findSpan(at(c.times), {0, 0, c.startUs, c.shutterUs});
-    EXPECT_EQ(span.start, c.start) << c.what;
-    EXPECT_EQ(span.end, c.end) << c.what;
+TEST(Span, CoversExposureStartToReadoutEnd) {
+    const SpanCase cases[] = {{"empty", {}, 0, 0, 0, 0},
+                              {"one entry", {5000}, 5000, 0, 0, 0},
+                              {"nearest start, nearest end", {1000, 2000, 3000, 4000, 5000, 6000}, 2100, 2200, 1, 3},
+                              {"later neighbours are nearer", {1000, 2000, 3000, 4000, 5000, 6000}, 2600, 1700, 2, 4},
+                              {"equal distances keep the earlier", {1000, 2000, 3000, 4000}, 1500, 1500, 0, 1},
+                              {"999 us match", {1000, 9000, 10000}, 1, 8000, 0, 1},
+                              {"1000 us do not", {1000, 9000, 10000}, 0, 8000, 0, 0},
+                              {"time 0 is skipped as a start", {0, 900, 5000, 5900}, 10, 5000, 1, 3},
+                              {"the last entry alone never starts", {1000, 2000, 9000}, 9000, 0, 0, 0},
+                              {"start moved to the last entry", {1000, 2000, 2600}, 2550, 0, 2, 2},
+                              {"no end within reach", {1000, 2000, 3000}, 1000, 9000, 0, 2},
+                              {"end at the first entry takes all", {1000, 2000, 3000, 4000}, 1000, 0, 0, 3},
+                              {"no shutter, later start", {1000, 2000, 3000, 4000}, 2000, 0, 1, 1}};
+    for (const SpanCase& c : cases) {
+        const SpanSearch span = lsc::findSpan(at(c.times), {0, 0, c.startUs, c.shutterUs});
+        EXPECT_EQ(span.start, c.start) << c.what;
+        EXPECT_EQ(span.end, c.end) << c.what;
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Cases, Span,
-    testing::Values(SpanCase{"empty", {}, 0, 0, 0, 0}, SpanCase{"one entry", {5000}, 5000, 0, 0, 0},
-                    SpanCase{"nearest start, nearest end", {1000, 2000, 3000, 4000, 5000, 6000}, 2100, 2200, 1, 3},
-                    SpanCase{"later neighbours are nearer", {1000, 2000, 3000, 4000, 5000, 6000}, 2600, 1700, 2, 4},
-                    SpanCase{"equal distances keep the earlier", {1000, 2000, 3000, 4000}, 1500, 1500, 0, 1},
-                    SpanCase{"999 us match", {1000, 9000, 10000}, 1, 8000, 0, 1},
-                    SpanCase{"1000 us do not", {1000, 9000, 10000}, 0, 8000, 0, 0},
-                    SpanCase{"time 0 is skipped as a start", {0, 900, 5000, 5900}, 10, 5000, 1, 3},
-                    SpanCase{"the last entry alone never starts", {1000, 2000, 9000}, 9000, 0, 0, 0},
-                    SpanCase{"start moved to the last entry", {1000, 2000, 2600}, 2550, 0, 2, 2},
-                    SpanCase{"no end within reach", {1000, 2000, 3000}, 1000, 9000, 0, 2},
-                    SpanCase{"end at the first entry takes all", {1000, 2000, 3000, 4000}, 1000, 0, 0, 3},
-                    SpanCase{"no shutter, later start", {1000, 2000, 3000, 4000}, 2000, 0, 1, 1}));
+// The search step by step, in numbers wide enough for every distance below 2^63.
+std::pair<int, int> plainSpan(const ActiveSamples& samples, std::uint64_t startUs, std::uint32_t shutterUs) {
+    const auto distance = [&samples](std::uint64_t time, int i) {
+        const auto apart = static_cast<std::int64_t>(time - static_cast<std::uint64_t>(samples[i].timeUs));
+        return apart < 0 ? 0 - static_cast<std::uint64_t>(apart) : static_cast<std::uint64_t>(apart);
+    };
+    const int last = samples.count - 1;
+    int start = 0;
+    while (start < last && (samples[start].timeUs == 0 || distance(startUs, start) >= 1000))
+        ++start;
+    if (start >= last) return {0, 0};
+    if (distance(startUs, start) > distance(startUs, start + 1)) ++start;
+    const std::uint64_t finish = static_cast<std::uint64_t>(samples[start].timeUs) + shutterUs;
+    int end = start;
+    while (end < last && distance(finish, end) >= 1000)
+        ++end;
+    if (end < last && distance(finish, end) > distance(finish, end + 1)) ++end;
+    return {start, end == 0 ? last : end};
+}
+
+TEST(Span, IsThatOfThePlainSearch) {
+    constexpr std::uint64_t kBases[] = {0, 5'000, 1'000'000, 0 - std::uint64_t{20'000},
+                                        (std::uint64_t{1} << 63) - 9'000};
+    std::mt19937 random(11);
+    const auto below = [&random](std::uint32_t limit) { return static_cast<std::uint32_t>(random() % limit); };
+    int found = 0;
+    for (int round = 0; round < 20'000; ++round) {
+        const std::uint64_t base = kBases[below(std::size(kBases))];
+        const std::uint32_t step = 1 + below(1500);
+        std::vector<std::int64_t> times;
+        for (std::uint32_t i = below(20); i > 0; --i) {
+            const std::uint64_t time = base + 20 * step - i * step + below(step);
+            times.push_back(static_cast<std::int64_t>(below(9) == 0 ? 0 : time));
+        }
+        const ActiveSamples samples = at(times);
+        const std::uint64_t startUs = base + below(22 * step) - 1000;
+        const std::uint32_t shutterUs = below(12 * step);
+        const SpanSearch span = lsc::findSpan(samples, {0, 0, startUs, shutterUs});
+        ASSERT_EQ((std::pair<int, int>(span.start, span.end)), plainSpan(samples, startUs, shutterUs))
+            << "seed 11, round " << round;
+        found += span.startFound ? 1 : 0;
+    }
+    EXPECT_GT(found, 5'000);
+}
 
 TEST(Reduction, ModesGiveMeanLargestMiddleAndLast) {
     ActiveSamples samples = at({1, 2, 3, 4, 5, 6, 7, 8});

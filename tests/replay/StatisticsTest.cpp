@@ -1,0 +1,114 @@
+// Figures of a session, and what they say would help.
+#include "tools/replay/look/Statistics.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+
+#include "tests/support/Scene.h"
+#include "tools/replay/FrameInquiry.h"
+#include "tools/replay/look/Summary.h"
+
+namespace {
+
+using replay::Reason;
+using replay::SensorStatistics;
+using replay::TakenBatch;
+using test::kMs;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class Figures : public testing::Test {
+protected:
+    void take(const std::vector<std::int64_t>& timesMs, TakenBatch::Fate fate = TakenBatch::Fate::kFiled) {
+        lsc::Samples samples;
+        for (const std::int64_t ms : timesMs)
+            samples.push_back(test::sample(ms * kMs));
+        mStatistics.batchTaken({mSensor, 1, fate, samples});
+    }
+
+    void miss(Reason::Kind kind, std::uint64_t number = 0) {
+        replay::ExposureOutcome outcome;
+        outcome.sensor = mSensor;
+        outcome.reason = replay::detailedReason(kind, "detail", number);
+        mStatistics.exposureAsked(outcome);
+    }
+
+    // With a sensor that has no figures yet.
+    void startOver() { ++mSensor; }
+
+    const SensorStatistics& sensor() const { return mStatistics.sensors().at(mSensor); }
+    std::vector<std::string> advice() const { return replay::advice(sensor()); }
+
+    replay::Statistics mStatistics;
+    std::int32_t mSensor = 0;
+};
+
+TEST_F(Figures, PeriodsAreThoseOfNewSamplesInOrder) {
+    take({1, 2, 3});
+    take({2, 3, 4}, TakenBatch::Fate::kSplit);  // two of them known
+    take({1}, TakenBatch::Fate::kDiscarded);
+    take({}, TakenBatch::Fate::kEmpty);
+    take({9});
+    EXPECT_EQ(sensor().periodUs.count(), 4U);
+    EXPECT_EQ(sensor().periodUs.quantile(0.5), 1000U);
+    EXPECT_EQ(sensor().periodUs.max(), 5000U);
+    EXPECT_EQ(sensor().gaps(), 1U);
+    EXPECT_EQ(sensor().filed, 3U);
+    EXPECT_EQ(sensor().split, 1U);
+    EXPECT_EQ(sensor().discarded, 1U);
+    EXPECT_EQ(sensor().empty, 1U);
+}
+
+TEST_F(Figures, APauseOfTheMonitorIsNoGap) {
+    take({1, 2, 3});
+    mStatistics.monitorStarted(mSensor);
+    take({9000, 9001});
+    EXPECT_EQ(sensor().periodUs.max(), 1000U);
+}
+
+TEST_F(Figures, TheWholeRangeOfTimeFits) {
+    const lsc::Samples ends = {test::sample(std::numeric_limits<std::int64_t>::min()),
+                               test::sample(std::numeric_limits<std::int64_t>::max())};
+    mStatistics.batchTaken({mSensor, 1, TakenBatch::Fate::kFiled, ends});
+    EXPECT_EQ(sensor().periodUs.max(), std::numeric_limits<std::uint64_t>::max() / 1000 + 1);
+}
+
+TEST_F(Figures, AdviceNamesTheCauseThatTheNumbersShow) {
+    take({0, 5, 10, 15, 20});
+    miss(Reason::Kind::kNoNearSample, 1700);
+    EXPECT_THAT(advice(), ElementsAre(HasSubstr("sample rate 200 Hz: 60 % of all moments")));
+
+    startOver();
+    take({0, 1, 2, 3, 40, 41});
+    miss(Reason::Kind::kNoNearSample, 9000);
+    EXPECT_THAT(advice(), ElementsAre(HasSubstr("1 gap of up to 37.000 ms")));
+
+    startOver();
+    take({0, 1, 2, 3});
+    miss(Reason::Kind::kNoLaterSample, 800);
+    miss(Reason::Kind::kNoLaterSample, 4321);
+    EXPECT_THAT(advice(), ElementsAre(testing::AllOf(HasSubstr("2 exposures"), HasSubstr("up to 4321 us short"))));
+
+    startOver();
+    miss(Reason::Kind::kOneSample, 0);
+    miss(Reason::Kind::kAlreadyWritten);
+    EXPECT_THAT(advice(), ElementsAre(HasSubstr("no rolling-shutter time is stored")));
+
+    startOver();
+    take({1, 2});
+    EXPECT_THAT(advice(), IsEmpty());
+}
+
+TEST_F(Figures, TooFewSamplesAreEitherTooEarlyOrTooSlow) {
+    take({0, 1, 2});
+    miss(Reason::Kind::kTooFewSamples, 3);
+    EXPECT_THAT(advice(), ElementsAre(HasSubstr("start the monitor earlier")));
+    for (std::int64_t ms = 33; ms < 1200; ms += 33)
+        take({ms});
+    miss(Reason::Kind::kTooFewSamples, 30);
+    EXPECT_THAT(advice(), ElementsAre(testing::AllOf(HasSubstr("too slowly (30 Hz)"), HasSubstr("at most 30"))));
+}
+
+}  // namespace

@@ -42,8 +42,9 @@ public:
         template <typename T>
         int readEntries(std::uint32_t tag, std::vector<T>& values) const;
 
-        // Replaces the entry under `tag`, whatever it held, with `count` values of type T; `options` with all bits set
-        // asks for nothing special. Returns 0, or a non-zero status with the entry as it was.
+        // Replaces the entry under `tag`, whatever it held, with `count` values of type T; `values` may be null when
+        // `count` is 0. `options` with all bits set asks for nothing special. Returns 0, or a non-zero status with the
+        // entry as it was.
         template <typename T>
         int writeEntries(std::uint32_t tag, const T* values, unsigned long count, std::uint32_t options);
 

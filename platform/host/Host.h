@@ -109,7 +109,7 @@ using MetadataValues = std::variant<std::vector<std::int32_t>, std::vector<std::
 void setMetadataEntry(NSCam::IMetadata& metadata, std::uint32_t tag, MetadataValues values);
 // A copy of all entries, by ascending tag.
 std::map<std::uint32_t, MetadataValues> metadataEntries(const NSCam::IMetadata& metadata);
-// Makes every write under `tag` fail with a status, on any object; nothing takes it back.
+// Makes every write under `tag` fail with a status, on any object; std::nullopt takes it back.
 void setMetadataRefuses(std::optional<std::uint32_t> tag);
 // How often a burst runs its callback: once, until set. A platform that keeps its word never does otherwise.
 void setBurstRuns(int times);

@@ -3,6 +3,7 @@
 // the caller passed them when it has nothing to give.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -32,6 +33,10 @@ struct CalcOISValueInput {
     std::uint64_t exposure_time_ne = 0;  // exposure time of the ne exposure
     std::uint64_t exposure_time_se = 0;  // exposure time of the se exposure
 };
+static_assert(offsetof(CalcOISValueInput, sof_timestamp) == 0 && offsetof(CalcOISValueInput, sof_timestamp_ne) == 8 &&
+              offsetof(CalcOISValueInput, sof_timestamp_se) == 16 && offsetof(CalcOISValueInput, exposure_time) == 24 &&
+              offsetof(CalcOISValueInput, exposure_time_ne) == 32 &&
+              offsetof(CalcOISValueInput, exposure_time_se) == 40 && sizeof(CalcOISValueInput) == 48);
 
 // All functions are static: nobody makes an object. They take the process-wide customer object, which the first call
 // creates, and forward; without memory for that object they return false or write nothing, and the next call tries

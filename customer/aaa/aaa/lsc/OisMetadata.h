@@ -42,7 +42,8 @@ bool hasOisValues(const NSCam::IMetadata& metadata, std::span<const FrameExposur
 int readFrameTiming(const NSCam::IMetadata& metadata, CalcOISValueInput& timing);
 
 // Writes the position of one exposure, both entries or neither: should the second fail, the first gets back the values
-// it held. Returns whether both stand; does not throw.
+// it held; one that was not there, or held no doubles, is left without values. Returns whether both stand; does not
+// throw.
 bool writeOisValues(NSCam::IMetadata& metadata, const FrameExposure& exposure, const std::vector<double>& x,
                     const std::vector<double>& y) noexcept;
 

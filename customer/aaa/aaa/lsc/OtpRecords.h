@@ -27,7 +27,14 @@ struct OTPInfo {
     } oisCalibration;
     std::uint32_t enable;  // 0: the driver describes no layout
 };
-static_assert(sizeof(OTPInfo) == 44 && offsetof(OTPInfo, oisCalibration) == 20 && offsetof(OTPInfo, enable) == 40);
+static_assert(offsetof(OTPInfo::MultiGolden, offset) == 0 && offsetof(OTPInfo::MultiGolden, size) == 4 &&
+              offsetof(OTPInfo::MultiGolden, valid) == 8 && offsetof(OTPInfo::MultiGolden, gradient) == 12 &&
+              offsetof(OTPInfo::MultiGolden, flag) == 16);
+static_assert(offsetof(OTPInfo::OisCalibration, offset) == 0 && offsetof(OTPInfo::OisCalibration, size) == 4 &&
+              offsetof(OTPInfo::OisCalibration, valid) == 8 && offsetof(OTPInfo::OisCalibration, indexNum) == 12 &&
+              offsetof(OTPInfo::OisCalibration, tableNumber) == 16);
+static_assert(offsetof(OTPInfo, multiGolden) == 0 && offsetof(OTPInfo, oisCalibration) == 20 &&
+              offsetof(OTPInfo, enable) == 40 && sizeof(OTPInfo) == 44);
 
 // Result of a sensor's one OTP read. `otpMutex` serialises the read; the three results are written during it and never
 // again, so they may be read without the lock by whoever has seen `isRead` set under it.

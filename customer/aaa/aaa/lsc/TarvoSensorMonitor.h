@@ -42,7 +42,9 @@ private:
     lsc::FrameQueue mQueue LSC_GUARDED_BY(mMutex);
 };
 
-// Not synchronised: the registry's lock is held around every call and every access to the public fields.
+// Not synchronised: the registry's lock is held around every call and every access to the public fields. Their
+// annotation is the registry's own: a monitor is reached through it alone, and a field of one object cannot be declared
+// guarded by a lock of another.
 class TarvoShadingCustomUtil::TarvoSensorMonitor {
 public:
     TarvoSensorMonitor(std::int32_t logLevel, std::int32_t sensorId, NSCam::Utils::eSensorType sensorType);

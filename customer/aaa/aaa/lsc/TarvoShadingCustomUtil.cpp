@@ -4,8 +4,9 @@
 #include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <new>
 #include <string>
 #include <string_view>
@@ -50,6 +51,7 @@ constexpr unsigned long CMD_GET_OTP_INFO = 0x4049;
 
 // The member on whose behalf helpers log.
 constexpr char kReadOtp[] = "ReadOTPInfo";
+constexpr char kCalcOisValue[] = "CalcOISValue";
 
 constexpr char kSensorUser[] = LSC_LOG_TAG;
 constexpr std::string_view kRemosaicCameraMode = "high_pixel_mode";
@@ -96,7 +98,7 @@ const std::uint8_t* otpBytes(int sensorId) {
 
 void readMultiGolden(int sensorId, const OTPInfo::MultiGolden& block, const std::uint8_t* otp, OTPState& state) {
     if (!lsc::isPlausible(block)) {
-        LSC_LOG_ERROR_AS(kReadOtp, "sensorId:%d, multiGolden[valid:%x, gradient:%x, %x] is not within %x bytes!!!",
+        LSC_LOG_ERROR_AS(kReadOtp, "sensorId:%d, multiGolden[valid:%x, gradient:%x, %x] is not within %u bytes!!!",
                          sensorId, block.valid, block.gradient, block.flag, lsc::kOtpMemorySize);
         return;
     }
@@ -115,7 +117,7 @@ void readOisCalibration(int sensorId, const OTPInfo::OisCalibration& block, cons
     if (!lsc::isPlausible(block)) {
         LSC_LOG_ERROR_AS(
             kReadOtp,
-            "sensorId:%d, oisCalibration[offset:%x, valid:%x, indexNum:%u, tableNumber:%u] is not within %x "
+            "sensorId:%d, oisCalibration[offset:%x, valid:%x, indexNum:%u, tableNumber:%u] is not within %u "
             "bytes!!!",
             sensorId, block.offset, block.valid, block.indexNum, block.tableNumber, lsc::kOtpMemorySize);
         return;
@@ -341,7 +343,8 @@ void TarvoShadingCustomUtil::TarvoSensorData::pushValue(std::uint32_t frame, lsc
         if (data.empty()) return;
     } else {
         mQueue.push_back({frame, std::move(batch)});
-        lsc::sortByTime(data);
+        const lsc::Samples& filed = mQueue.back().samples;
+        data.assign(filed.begin(), filed.end());  // has the room
     }
     LSC_LOG_DEBUG_IF(mLogLevel != 0, "F:(%u) dataSize:%zu start-end(%llu-%llu)", frame, data.size(),
                      llu(data.front().timestamp), llu(data.back().timestamp));
@@ -534,6 +537,27 @@ bool isDumped(CustShadingType type) {
            type == CustShadingType::kMultiExposureSe;
 }
 
+void logQuery(int sensorId, std::uint32_t type, const lsc::Samples& samples, const lsc::ExposureTimes& times,
+              std::int64_t timeOffset) {
+    LSC_LOG_DEBUG_AS(
+        kCalcOisValue,
+        "sensorId = %d, type = %u, oisCount = %u, sof_timestamp = %llu, exposure_time = %llu, shutter_time = %u, "
+        "timeDiff = %lld",
+        sensorId, type, static_cast<unsigned int>(samples.size()), llu(times.startUs), llu(times.exposureUs),
+        times.shutterUs, lld(timeOffset));
+}
+
+// What the caller's vectors hold, from this calculation or from before it.
+void logPosition(int sensorId, unsigned int frame, std::int32_t mode, const std::vector<double>& x,
+                 const std::vector<double>& y) {
+    if (x.empty() || y.empty()) return;
+    LSC_LOG_DEBUG_AS(
+        kCalcOisValue,
+        "sensorId = %d, frameId = %d, mOisCalCMode = %d, out_frame_ois_size(%zu, %zu), out_frame_ois0(x = %lf, "
+        "y=%lf), out_frame_ois1(x = %lf, y=%lf)",
+        sensorId, dec(frame), mode, x.size(), y.size(), x.front(), y.front(), x.back(), y.back());
+}
+
 }  // namespace
 
 void TarvoShadingCustomUtil::CalcOISValue(CustShadingType type, const CalcOISValueInput& input, std::vector<double>* x,
@@ -552,11 +576,7 @@ void TarvoShadingCustomUtil::CalcOISValue(CustShadingType type, const CalcOISVal
     lsc::Samples samples;
     QuerySensorData(samples, sensorId, kNoFrame, times.sofNs);
     const std::int64_t timeOffset = lsc::sampleTimeOffset(times);
-    LSC_LOG_DEBUG(
-        "sensorId = %d, type = %u, oisCount = %u, sof_timestamp = %llu, exposure_time = %llu, shutter_time = %u, "
-        "timeDiff = %lld",
-        sensorId, typeNumber, static_cast<unsigned int>(samples.size()), llu(times.startUs), llu(times.exposureUs),
-        times.shutterUs, lld(timeOffset));
+    logQuery(sensorId, typeNumber, samples, times, timeOffset);
     if (samples.empty()) return;
 
     if (tracing) lsc::traceSamples(samples);
@@ -580,11 +600,7 @@ void TarvoShadingCustomUtil::CalcOISValue(CustShadingType type, const CalcOISVal
     if (mOisDumpEnable != 0 && isDumped(type)) {
         lsc::writeOisHallDump(sensorId, frame, times, active, span, *x, *y);
     }
-    if (x->empty() || y->empty()) return;
-    LSC_LOG_DEBUG(
-        "sensorId = %d, frameId = %d, mOisCalCMode = %d, out_frame_ois_size(%zu, %zu), out_frame_ois0(x = %lf, "
-        "y=%lf), out_frame_ois1(x = %lf, y=%lf)",
-        sensorId, dec(frame), mOisCalCMode, x->size(), y->size(), x->front(), y->front(), x->back(), y->back());
+    logPosition(sensorId, frame, mOisCalCMode, *x, *y);
 }
 LSC_OTHERWISE_RETURN()
 

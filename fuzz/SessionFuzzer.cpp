@@ -1,5 +1,5 @@
-// Property: no session, well-formed or not, brings down the player or the library. An input that begins with a NUL byte
-// is turned into well-formed lines; any other is played as it stands.
+// Property: no session, well-formed or not, brings down the player or the library. An input that begins with an even
+// byte is turned into well-formed lines; any other, as JSON text and comments are, is played as it stands.
 #include <sstream>
 #include <string>
 
@@ -22,7 +22,8 @@ std::string samplesLine(fuzz::Input& input) {
     std::int64_t time = input.take<std::int64_t>();
     for (unsigned int left = input.below(120); left > 0; --left) {
         time = input.time(time);
-        data += "[" + std::to_string(time) + ",1,2," + std::to_string(input.below(50)) + ",\"nan\"],";
+        data.append("[").append(std::to_string(time)).append(",1,2,");
+        data.append(std::to_string(input.below(50))).append(",\"nan\"],");
     }
     if (!data.empty()) data.pop_back();
     return R"({"samples":5,"data":[)" + data + "]}";
@@ -39,8 +40,20 @@ std::string metadataLine(fuzz::Input& input) {
            std::to_string(input.take<std::uint32_t>()) + "}}}]}";
 }
 
+// A sensor whose driver describes any layout of the rows, in a memory of a few bytes.
+std::string sensorLine(fuzz::Input& input) {
+    const auto word = [&input] {
+        return std::to_string(input.below(8) == 0 ? input.take<std::uint32_t>() : input.below(9));
+    };
+    return R"({"platform":"sensor",)" + sensor(input) + R"(,"otp_layout":{"multiGolden":{"valid":)" + word() +
+           R"(,"gradient":)" + word() + R"(,"flag":)" + word() + R"(},"oisCalibration":{"offset":)" + word() +
+           R"(,"size":)" + word() + R"(,"valid":)" + word() + R"(,"indexNum":)" + word() + R"(,"tableNumber":)" +
+           word() + R"(},"enable":1},"otp":"01090301","rolling_shutter":{"0":)" +
+           std::to_string(input.take<std::uint32_t>()) + "}}";
+}
+
 std::string line(fuzz::Input& input) {
-    switch (input.below(9)) {
+    switch (input.below(12)) {
         case 0:
             return R"({"platform":"log","mode":)" + std::to_string(input.below(16)) +
                    R"(,"details_level":5,"details_mask":"0x821000"})";
@@ -63,6 +76,14 @@ std::string line(fuzz::Input& input) {
                    R"(,"input":{"sof_timestamp":)" + std::to_string(input.take<std::uint64_t>()) +
                    R"(,"exposure_time":)" + std::to_string(input.take<std::uint64_t>()) + R"(},"frame":0,)" +
                    sensor(input) + "}";
+        case 8:
+            return R"({"call":"StoreRollingShutter",)" + sensor(input) + R"(,"mode":)" +
+                   std::to_string(input.below(2)) + "}";
+        case 9:
+            return sensorLine(input);
+        case 10:
+            return R"({"call":"QueryOTPInfo",)" + sensor(input) + R"(,"length":)" + std::to_string(input.below(64)) +
+                   "}";
         default:
             return R"({"call":"UnRegisterSensorMonitor",)" + sensor(input) + "}";
     }
@@ -80,7 +101,7 @@ std::string structured(fuzz::Input input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const bool wellFormed = size != 0 && data[0] == 0;
+    const bool wellFormed = size != 0 && data[0] % 2 == 0;
     // Cast: bytes are characters here.
     const std::string text =
         wellFormed ? structured({data + 1, size - 1}) : std::string(reinterpret_cast<const char*>(data), size);

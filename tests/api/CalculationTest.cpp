@@ -5,11 +5,13 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <numeric>
 
 #include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
 #include "tests/support/Faults.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Scene.h"
+#include "tests/support/ScratchDirectory.h"
 
 namespace {
 
@@ -84,7 +86,9 @@ TEST_F(Calculation, ServesEachExposureOfAMultiExposureFrameOnItsOwn) {
 TEST_F(Calculation, ValuesOutsideTheExposureBlockReadAsZero) {
     TarvoShadingCustomUtil util;
     NSCam::IMetadata frame = test::singleFrame(5, 20 * kMs);
-    for (const std::size_t size : {0U, 4592U, 4599U, 4600U, 4704U, 4711U, 4712U}) {
+    std::vector<std::size_t> sizes(140);
+    std::iota(sizes.begin() + 1, sizes.end(), 4580);  // after one of 0
+    for (const std::size_t size : sizes) {
         const auto bytes = std::make_shared<std::vector<std::uint8_t>>(size, std::uint8_t{1});
         host::setMetadataEntry(frame, 0xC0030000, NSCam::IMetadata::Memory(bytes));
         CalcOISValueInput input;
@@ -226,10 +230,8 @@ TEST_F(Settings, TheTraceSkipsWhatTheSearchSkips) {
 
 TEST_F(Settings, TheDumpIsForSingleNeAndSeExposures) {
     namespace fs = std::filesystem;
-    const fs::path before = fs::current_path();
-    std::string scratch = (fs::temp_directory_path() / "dumps-XXXXXX").string();
-    fs::current_path(::mkdtemp(scratch.data()));
-    fs::create_directories("data/vendor/camera_dump");
+    const test::ScratchDirectory scratch;
+    fs::create_directories(test::kDumpDirectory);
     auto& util = makeWith(0, 0, 1, test::millisecondSamples(1000 * kMs, 200));
     for (std::uint32_t type = 0; type < 8; ++type) {
         constexpr std::uint64_t kSof = 1100 * kMs;
@@ -240,10 +242,8 @@ TEST_F(Settings, TheDumpIsForSingleNeAndSeExposures) {
                           &y, type, kSensor);
     }
     std::vector<std::string> files;
-    for (const auto& file : fs::directory_iterator("data/vendor/camera_dump"))
+    for (const auto& file : fs::directory_iterator(test::kDumpDirectory))
         files.push_back(file.path().filename());
-    fs::current_path(before);
-    fs::remove_all(scratch);
     EXPECT_THAT(files, testing::UnorderedElementsAre("capture_camera_1_frame_1_1080000_oishall.txt",
                                                      "capture_camera_1_frame_5_1080000_oishall.txt",
                                                      "capture_camera_1_frame_6_1080000_oishall.txt"));

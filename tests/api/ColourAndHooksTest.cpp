@@ -7,11 +7,14 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <future>
+#include <latch>
 #include <numeric>
 #include <set>
 
 #include "aaa/aaa/lsc/ShadingCustom.h"
 #include "aaa/aaa/lsc/ShadingCustomUtil.h"
+#include "tests/support/Faults.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Scene.h"
 
@@ -187,6 +190,31 @@ TEST(Hooks, TheDebugRecordIsFilledWhateverItHeld) {
         EXPECT_EQ(record.pairs[i].tag, 0x06000000 + i);
         EXPECT_EQ(record.pairs[i].value, 777U);
     }
+}
+
+TEST(Hooks, RacingFirstCallsMakeOneInstance) {
+    constexpr int kThreads = 8;
+    struct Answer {
+        CustomShadingFlow* instance;
+        std::size_t allocations;
+    };
+    std::latch start(kThreads);
+    std::vector<std::future<Answer>> answers;
+    for (int i = 0; i < kThreads; ++i) {
+        answers.push_back(std::async(std::launch::async, [&start] {
+            start.arrive_and_wait();
+            const std::size_t before = test::allocationCount();
+            CustomShadingFlow* const instance = CustomShadingFlow::getInstance(3);
+            return Answer{instance, test::allocationCount() - before};
+        }));
+    }
+    std::size_t allocations = 0;
+    for (auto& answer : answers) {
+        const Answer made = answer.get();
+        EXPECT_EQ(made.instance, CustomShadingFlow::getInstance(3));
+        allocations += made.allocations;
+    }
+    EXPECT_EQ(allocations, 1U);
 }
 
 TEST(Hooks, EachIndexHasOneInstanceOfItsOwn) {

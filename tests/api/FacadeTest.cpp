@@ -15,13 +15,7 @@ namespace {
 
 using testing::IsEmpty;
 
-class Facade : public test::HostTest {
-protected:
-    static const TarvoShadingCustomUtil* object() {
-        const std::lock_guard lock(TarvoShadingCustomUtil::mSingleMutex);
-        return TarvoShadingCustomUtil::mSingleInstance;
-    }
-};
+class Facade : public test::HostTest {};
 
 TEST_F(Facade, RacingFirstCallsMakeOneObject) {
     constexpr int kThreads = 8;
@@ -77,9 +71,9 @@ TEST_F(Facade, WithoutMemoryGivesNeutralResultsAndTriesAgain) {
     }
     EXPECT_FALSE(supported || enabled || seamless || registered);
     EXPECT_EQ(index, 7);
-    EXPECT_EQ(object(), nullptr);
+    EXPECT_EQ(test::customerObject(), nullptr);
     EXPECT_TRUE(CustomShadingUtil::IsSupportFeature(1, 0));
-    EXPECT_NE(object(), nullptr);
+    EXPECT_NE(test::customerObject(), nullptr);
 }
 
 TEST_F(Facade, ColourSensorCallsNeedNoObject) {
@@ -87,7 +81,7 @@ TEST_F(Facade, ColourSensorCallsNeedNoObject) {
     float values[18] = {};
     CustomShadingUtil::UpdateMetaInfo(CustShadingType::kColorSensorInfo, reinterpret_cast<long>(&metadata), values);
     CustomShadingUtil::QueryMetaInfo(CustShadingType::kColorSensorInfo, reinterpret_cast<long>(&metadata), values);
-    EXPECT_EQ(object(), nullptr);
+    EXPECT_EQ(test::customerObject(), nullptr);
 }
 
 TEST_F(Facade, NullPointersAreSurvivedInSilence) {

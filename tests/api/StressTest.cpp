@@ -62,14 +62,35 @@ void askFrame(int sensor, unsigned int round) {
     }
 }
 
+void askHooks(CustomShadingFlow& hooks) {
+    custom_shading_init_info init = {};
+    custom_shading_config_info config = {};
+    custom_shading_setParam_info param = {};
+    custom_shading_calc_info calculation = {};
+    custom_shading_result_info result = {};
+    custom_shading_uninit_info uninit = {};
+    SHADING_DEBUG_INFO_S debug;
+    std::vector<unsigned int> table = {1};
+    hooks.init(init);
+    hooks.config(config);
+    hooks.setParam(param);
+    hooks.calculate(calculation, table);
+    hooks.getResult(result);
+    hooks.setCustomShadingDebugInfo(debug);
+    hooks.uninit(uninit);
+}
+
 void askAll(int sensor, unsigned int round) {
     int index = 0;
     int table[8];
     float floats[18] = {};
-    std::vector<unsigned int> results = {round};
     NSCam::IMetadata metadata;
-    custom_shading_calc_info info = {};
-    TarvoShadingCustomUtil& util = *TarvoShadingCustomUtil::mSingleInstance;
+    std::vector<double> x;
+    std::vector<double> y;
+    CalcOISValueInput input = {50 * kMs, 0, 0, 5 * kMs, 0, 0};
+    unsigned char record[700] = {};
+    unsigned int mode = test::kMode;
+    TarvoShadingCustomUtil& util = *test::customerObject();
     CustomShadingUtil::IsSupportFeature(2, sensor);
     CustomShadingUtil::IsEnableOisCompensation(sensor, round);
     CustomShadingUtil::IsSupportSeamlessSwitchForRemosaic(sensor);
@@ -77,7 +98,14 @@ void askAll(int sensor, unsigned int round) {
     CustomShadingUtil::QueryOTPInfo(table, std::size(table), sensor);
     CustomShadingUtil::UpdateMetaInfo(CustShadingType::kColorSensorInfo, reinterpret_cast<long>(&metadata), floats);
     CustomShadingUtil::QueryMetaInfo(CustShadingType::kColorSensorInfo, reinterpret_cast<long>(&metadata), floats);
-    CustomShadingFlow::getInstance(static_cast<int>(round))->calculate(info, results);
+    CustomShadingUtil::ConvertColorSensorInfo(CustShadingType::kFrame, reinterpret_cast<long>(floats),
+                                              reinterpret_cast<long>(record));
+    CustomShadingUtil::CalcOISValue(CustShadingType::kFrame, input, &x, &y, round, sensor);
+    askHooks(*CustomShadingFlow::getInstance(static_cast<int>(round)));
+    util.QuerySensorInfo(sensor, 0x400F, reinterpret_cast<unsigned long>(&index), 0,
+                         reinterpret_cast<unsigned long>(&mode));
+    util.SwapOTPInfo(record, record + 100, sensor);
+    util.fillLscCalcOISValueInputInfo(&metadata, input);
     util.IsEnabled(sensor);
     util.QueryRollingShutter(sensor);
     util.RegisterSensorMonitor(sensor, static_cast<unsigned int>(sensor) + 5);
@@ -87,7 +115,8 @@ void askAll(int sensor, unsigned int round) {
 }
 
 TEST_F(Stress, EveryFunctionOnManyThreads) {
-    CustomShadingUtil::IsSupportFeature(1, 0);
+    for (int sensor = 0; sensor < kSensors; ++sensor)
+        CustomShadingUtil::IsSupportFeature(2, sensor);
     {
         std::vector<std::future<void>> threads;
         for (int sensor = 0; sensor < kSensors; ++sensor) {
@@ -100,7 +129,10 @@ TEST_F(Stress, EveryFunctionOnManyThreads) {
                 if (round % 4 == 0) CustomShadingUtil::UnRegisterSensorMonitor(sensor);
             }));
         }
-        threads.push_back(repeat([](unsigned int round) { askAll(static_cast<int>(round % kSensors), round % 20); }));
+        for (int i = 0; i < 2; ++i) {
+            threads.push_back(
+                repeat([](unsigned int round) { askAll(static_cast<int>(round % kSensors), round % 20); }));
+        }
         threads.push_back(repeat([](unsigned int round) {
             host::setLogSwitches(static_cast<std::int32_t>(round % 4), test::kAllDetails, test::kAllModules);
             std::this_thread::sleep_for(1ms);

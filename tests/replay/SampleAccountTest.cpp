@@ -49,7 +49,7 @@ protected:
         std::size_t count = 0;
         for (; frame > 0; --frame) {
             lsc::Samples samples;
-            TarvoShadingCustomUtil::mSingleInstance->QuerySensorData(samples, kSensor, frame, 0);
+            test::customerObject()->QuerySensorData(samples, kSensor, frame, 0);
             count += samples.size();
         }
         return count;

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <pthread.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <new>
@@ -99,7 +100,14 @@ void operator delete[](void* memory, const std::nothrow_t&) noexcept {
 #if !defined(__SANITIZE_THREAD__)
 extern "C" [[gnu::visibility("default")]] int pthread_mutex_lock(pthread_mutex_t* mutex) {
     using Lock = int (*)(pthread_mutex_t*);
-    static const auto lock = reinterpret_cast<Lock>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
-    return strikes(test::Fault::kLock) ? EAGAIN : lock(mutex);
+    // Constant-initialised: the guard of an initialisation at run time takes a mutex, and so would come back here.
+    static constinit std::atomic<Lock> sNext = nullptr;
+    // Relaxed: every thread finds the same address.
+    Lock next = sNext.load(std::memory_order_relaxed);
+    if (next == nullptr) {
+        next = reinterpret_cast<Lock>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
+        sNext.store(next, std::memory_order_relaxed);
+    }
+    return strikes(test::Fault::kLock) ? EAGAIN : next(mutex);
 }
 #endif

@@ -2,8 +2,11 @@
 
 #include <cstring>
 #include <memory>
+#include <mutex>
+#include <utility>
 
 #include "aaa/aaa/lsc/ShadingCustomUtil.h"
+#include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
 
 namespace test {
 namespace {
@@ -21,6 +24,16 @@ NSCam::IMetadata::Memory exposureBlock(std::uint64_t exposureNs, std::uint64_t s
 }
 
 }  // namespace
+
+TarvoShadingCustomUtil* customerObject() {
+    const std::lock_guard lock(TarvoShadingCustomUtil::mSingleMutex);
+    return TarvoShadingCustomUtil::mSingleInstance;
+}
+
+void dropCustomerObject() {
+    const std::lock_guard lock(TarvoShadingCustomUtil::mSingleMutex);
+    delete std::exchange(TarvoShadingCustomUtil::mSingleInstance, nullptr);
+}
 
 NSCam::Utils::SensorData sample(std::int64_t timestamp, float x, float y) {
     NSCam::Utils::SensorData data = {};
@@ -51,11 +64,10 @@ host::Sensor calibratedSensor(std::uint32_t rows) {
     const std::uint32_t size = 2 * rows * kEntries;
     host::Sensor sensor;
     sensor.otpLayout = {0, 8, 0, 1, 2, kTable, size, 8, rows, kEntries, 1};
-    std::vector<std::uint8_t> otp(kTable + size);
-    otp[0] = otp[8] = 1;
-    otp[1] = 6;
+    std::vector<std::uint8_t> otp = {1, 6, 0, 0, 0, 0, 0, 0, 1};
+    otp.resize(kTable);
     for (std::uint32_t i = 0; i < size; ++i)
-        otp[kTable + i] = static_cast<std::uint8_t>(i);
+        otp.push_back(static_cast<std::uint8_t>(i));
     sensor.otp = otp;
     sensor.rollingShutter = {{kMode, kReadoutNs}};
     return sensor;

@@ -10,7 +10,13 @@
 #include "platform/SensorProvider.h"
 #include "platform/host/Host.h"
 
+class TarvoShadingCustomUtil;
+
 namespace test {
+
+// The object behind the facade, or null before the first call; and a way to begin without one.
+TarvoShadingCustomUtil* customerObject();
+void dropCustomerObject();
 
 // Fixture base: the host platform is in its initial state before the members of the fixture and after the test.
 class HostTest : public testing::Test {

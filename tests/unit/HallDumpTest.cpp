@@ -6,26 +6,19 @@
 #include <sstream>
 
 #include "customer/aaa/aaa/lsc/OisHallDump.h"
+#include "tests/support/ScratchDirectory.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-// A directory of the test's own as the working directory.
 class HallDump : public testing::Test {
 protected:
-    HallDump() : mBefore(fs::current_path()) {
-        std::string pattern = (fs::temp_directory_path() / "hall-dump-XXXXXX").string();
-        mScratch = ::mkdtemp(pattern.data());
-        fs::current_path(mScratch);
+    HallDump() {
         mSamples.entries[1] = {1.5F, -2.25F, 0};
         mSamples.entries[2] = {1e10F, 0.0000004F, 0};
         mSpan.start = 1;
         mSpan.end = 2;
-    }
-    ~HallDump() override {
-        fs::current_path(mBefore);
-        fs::remove_all(mScratch);
     }
 
     void write(const std::vector<double>& x, const std::vector<double>& y) {
@@ -39,8 +32,7 @@ protected:
         return text.str();
     }
 
-    const fs::path mBefore;
-    fs::path mScratch;
+    const test::ScratchDirectory mScratch;
     lsc::ActiveSamples mSamples;
     lsc::SpanSearch mSpan;
 };
@@ -52,7 +44,7 @@ constexpr char kHead[] =
 constexpr char kTail[] = "\t\"exposure_time\": 20000\n\t\"shutter_time\": 9000\n";
 
 TEST_F(HallDump, HoldsSpanResultAndTimes) {
-    fs::create_directories("data/vendor/camera_dump");
+    fs::create_directories(test::kDumpDirectory);
     write({4, 0}, {5, 0, 7});
     EXPECT_EQ(content(), std::string(kHead) +
                              "\t\"match ois hall0 X\": 4.000000\n\t\"match ois hall0 y\": 5.000000\n"

@@ -2,7 +2,7 @@
 _lsc_replay() {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     if [[ ${COMP_WORDS[1]} == import && $word == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "--help --output --pid --ois --frames --ois-columns --frame-columns --ois-unit
+        mapfile -t COMPREPLY < <(compgen -W "--help -o --output --pid --ois --frames --ois-columns --frame-columns --ois-unit
             --frame-unit --readout --delay" -- "$word")
         return
     fi
@@ -14,6 +14,7 @@ _lsc_replay() {
                     --cost --repeat" -- "$word")
             else
                 mapfile -t COMPREPLY < <(compgen -f -- "$word")
+                [[ $COMP_CWORD -eq 1 && import == "$word"* ]] && COMPREPLY+=(import)
             fi
             ;;
     esac

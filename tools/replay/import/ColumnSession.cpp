@@ -92,7 +92,8 @@ private:
 };
 
 std::string sampleRow(const ColumnLog& log) {
-    std::string row = "[" + to_string(log.time("time"));
+    std::string row = "[";
+    row += to_string(log.time("time"));
     const bool hasHall = log.has("hall_x") && log.has("hall_y");
     for (const std::string_view column : {hasHall ? "hall_x" : "x", hasHall ? "hall_y" : "y", "x", "y"}) {
         row += ',';

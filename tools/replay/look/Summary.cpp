@@ -90,9 +90,8 @@ std::string help(const SensorStatistics& sensor, Kind kind) {
         case Kind::kNoMetadata:
             return "hand over the frame's metadata, not a null pointer";
         case Kind::kNoCalibration:
-            return "the module's OTP memory or its layout record has no valid OIS calibration: see the error message "
-                   "of "
-                   "ReadOTPInfo (--log)";
+            return "the module's OTP memory or its layout record has no valid OIS calibration: see the error "
+                   "message of ReadOTPInfo (--log)";
         case Kind::kTimingMissing:
             return "write start of frame and exposure block into the metadata before the call";
         case Kind::kNoMonitor:
@@ -107,8 +106,7 @@ std::string help(const SensorStatistics& sensor, Kind kind) {
                     rateHz(sensor), llu(sensor.without(kind).largest));
             }
             return "start the monitor earlier: the first 100 samples must be handed over before the first frame is "
-                   "asked "
-                   "for";
+                   "asked for";
         case Kind::kNoLaterSample:
             if (sensor.periodUs.max() >= sensor.without(kind).largest && sensor.gaps() > 0) return gapHelp(sensor);
             return format(

@@ -34,5 +34,11 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/lsc_customConfigVersion.cma
 install(FILES ${CMAKE_BINARY_DIR}/lsc_customConfig.cmake ${CMAKE_BINARY_DIR}/lsc_customConfigVersion.cmake
   DESTINATION ${package})
 
+# The file finds its prefix from where it lies, so that an installed tree can be moved.
+file(RELATIVE_PATH pc_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+set(pc_libraries -llsc_custom)
+if(LSC_BUILD_HOST)
+  string(APPEND pc_libraries " -llsc_host_platform")
+endif()
 configure_file(cmake/lsc_custom.pc.in ${CMAKE_BINARY_DIR}/lsc_custom.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/lsc_custom.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -14,10 +14,10 @@ cmake --build --preset fuzz --target fuzz_buffer fuzz_otp fuzz_session >"$build/
 for target in buffer otp session; do
     corpus=$build/corpus/$target
     mkdir -p "$corpus"
-    seeds=("$corpus")
-    [ "$target" = session ] && seeds+=(tests/sessions)
+    seeds=fuzz/seeds/$target
+    [ "$target" = session ] && seeds=tests/sessions
     log=$build/$target.log
     "$build/fuzz/fuzz_$target" -max_total_time="$seconds" -print_final_stats=1 -artifact_prefix="$build/found-$target-" \
-        "${seeds[@]}" >"$log" 2>&1 || { tail -n 40 "$log"; exit 1; }
+        "$corpus" "$seeds" >"$log" 2>&1 || { tail -n 40 "$log"; exit 1; }
     echo "$target: $(awk '/executed_units/ {print $2}' "$log") inputs, no finding."
 done

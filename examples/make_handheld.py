@@ -27,6 +27,8 @@ and follows the scene with a time constant of a third of a second. Samples are h
 frame; on about three frames in ten the provider repeats the 2 ms before. A frame is asked for two frames later, the
 last two before the mode change and before the end at once.
 
+One piece, so that whoever doubts the session reads all that made it in one place, with nothing but Python.
+
 The bytes are the same on every Python from 3.9 on: random numbers are random.Random's uniform ones, and what is made
 of them uses only + - * / and sqrt, which IEEE doubles define to the last bit. (Not sum(): its rounding changed.)
 """

@@ -8,8 +8,8 @@
 
 #include "tools/replay/Expectations.h"
 #include "tools/replay/FrameInquiry.h"
+#include "tools/replay/Observer.h"
 #include "tools/replay/SampleAccount.h"
-#include "tools/replay/look/Observer.h"
 #include "tools/replay/look/Statistics.h"
 
 namespace replay {

@@ -12,7 +12,7 @@
 #include "customer/aaa/aaa/lsc/SampleWindow.h"
 #include "platform/SensorProvider.h"
 #include "platform/host/Host.h"
-#include "tools/replay/look/Observer.h"
+#include "tools/replay/Observer.h"
 
 namespace replay {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tools/replay/FrameInquiry.h"
-#include "tools/replay/look/Observer.h"
+#include "tools/replay/Observer.h"
 
 namespace replay {
 

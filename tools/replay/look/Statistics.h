@@ -6,9 +6,9 @@
 #include <map>
 #include <optional>
 
+#include "tools/replay/Observer.h"
 #include "tools/replay/Reason.h"
 #include "tools/replay/look/Histogram.h"
-#include "tools/replay/look/Observer.h"
 
 namespace replay {
 

@@ -5,6 +5,14 @@
 
 namespace NSCam {
 
+// Commands of the sensor drivers.
+// OTP layout: the first argument is the address of the sensor's index (signed 32-bit), the second that of a record of
+// eleven 32-bit words, which the driver fills; the third is 0.
+inline constexpr unsigned long CMD_GET_OTP_INFO = 0x4049;
+// Rolling-shutter time: the first argument is the address of an unsigned 32-bit number, which receives the time in ns;
+// the second is 0; the third is the address of the sensor mode (unsigned 32-bit).
+inline constexpr unsigned long CMD_GET_ROLLING_SHUTTER = 0x400F;
+
 // One user's handle on one camera sensor. Made by IHalSensorList::createSensor, given back with release().
 class IHalSensor {
 public:

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace NSCam {
@@ -29,6 +30,9 @@ public:
         std::shared_ptr<const std::vector<std::uint8_t>> mBytes;
     };
 
+    // For writeEntries: a write like any other.
+    static constexpr std::uint32_t kNoWriteOptions = 0xFFFFFFFF;
+
     // Typed access to the entries during a burst. The types are int32_t, int64_t, float, double and Memory.
     class Storage {
     public:
@@ -43,8 +47,8 @@ public:
         int readEntries(std::uint32_t tag, std::vector<T>& values) const;
 
         // Replaces the entry under `tag`, whatever it held, with `count` values of type T; `values` may be null when
-        // `count` is 0. `options` with all bits set asks for nothing special. Returns 0, or a non-zero status with the
-        // entry as it was.
+        // `count` is 0. `options` is kNoWriteOptions unless something special is asked for. Returns 0, or a non-zero
+        // status with the entry as it was.
         template <typename T>
         int writeEntries(std::uint32_t tag, const T* values, unsigned long count, std::uint32_t options);
 

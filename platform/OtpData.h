@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <mutex>
 
-// What the provider says of one sensor. 16 bytes, exchanged between libraries: the layout is fixed.
+// The provider's answer for one sensor. 16 bytes, exchanged between libraries: the layout is fixed.
 struct OTPData {
     std::uint8_t isStored;  // non-zero when the provider holds the module's OTP bytes
     std::uint8_t reserved[7];
@@ -20,8 +20,8 @@ public:
     // Thread safe. May throw.
     static TarvoOTPData* getInstance();
 
-    // Fills `data` for the sensor, or leaves it as it is when the provider knows nothing of it. The record carries no
-    // length: the bytes cover the module's OTP memory. Thread safe. May throw.
+    // Fills `data` for the sensor, or leaves it as it is when the provider knows nothing about it. The record carries
+    // no length: the bytes cover the module's OTP memory. Thread safe. May throw.
     void getOTPData(int sensorId, OTPData& data);
 
     static TarvoOTPData* mSingleInstance;

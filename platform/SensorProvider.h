@@ -23,11 +23,11 @@ struct SensorData {
     std::int64_t timestamp;  // ns, in the clock of the frame time stamps
 };
 
-// One user's subscription. The instance keeps its subscriptions until they are disabled or the last reference goes.
-// Thread safe. Each operation may block for as long as the sensor service does, and may throw.
+// One user's subscription. The instance keeps its subscriptions until they are disabled or its last reference is
+// released. Thread safe. Each operation may block for as long as the sensor service does, and may throw.
 class SensorProvider {
 public:
-    // An instance for `user` (zero-terminated, read during the call), or null when the service has none to give.
+    // An instance for `user` (zero-terminated, read during the call), or null when the service gives none.
     static std::shared_ptr<SensorProvider> createInstance(const char* user);
 
     // Starts the delivery of `type` to this user at `interval` (unit defined by the platform). True when it runs.

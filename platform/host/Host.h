@@ -1,6 +1,6 @@
 // The host platform: an implementation of every declaration under platform/ for a workstation, in memory, set up by the
-// caller. Tools and tests say through this header what the platform answers, deliver samples, receive what was logged
-// and make any operation fail. Every function may be called from any thread; state is process-wide.
+// caller. Through this header tools and tests set what the platform answers, deliver samples, receive what was logged
+// and make operations fail. Every function may be called from any thread; state is process-wide.
 #pragma once
 
 #include <array>
@@ -19,7 +19,8 @@
 namespace host {
 
 // Puts everything below back to its initial state: no properties, log switches 0, no sink, no sensors, a sensor list,
-// an empty camera mode, providers that are created and enabled, no samples held, no hook, no faults.
+// an empty camera mode, providers that are created and enabled, no samples held, no listener, no hook,
+// no faults.
 // Provider instances and metadata objects that callers hold stay valid.
 void reset();
 
@@ -55,18 +56,18 @@ void setLogSwitches(std::int32_t mode, std::uint32_t detailsLevel, std::uint32_t
 struct Sensor {
     std::uint32_t deviceId = 0;
     bool openable = true;  // false: the sensor list gives no sensor object
-    // The eleven 32-bit words that the driver answers to the OTP layout command (0x4049) in the memory behind the
+    // The eleven 32-bit words that the driver answers to the OTP layout command in the memory behind the
     // second argument, in record order; without them it leaves that memory as it is.
     std::optional<std::array<std::uint32_t, 11>> otpLayout;
     // The module's OTP bytes; without them the OTP provider holds none. The provider keeps them in a memory of at least
-    // 64 KiB that is zero behind the given bytes, as an address space of a real module is readable to its end.
+    // 64 KiB that is zero behind the given bytes, as a real module's memory is readable to its end.
     std::optional<std::vector<std::uint8_t>> otp;
-    // Answer in ns to the rolling-shutter command (0x400F) for each sensor mode: the mode is read behind the third
+    // Answer in ns to the rolling-shutter command for each sensor mode: the mode is read behind the third
     // argument, the time written behind the first. A mode that is missing leaves that memory as it is.
     std::map<std::uint32_t, std::uint32_t> rollingShutter;
 };
 
-// Replaces what was said of the sensor before. OTP bytes that were handed out stay valid until the process ends.
+// Replaces earlier settings of the sensor. OTP bytes that were handed out stay valid until the process ends.
 void setSensor(int sensorId, Sensor sensor);
 
 // Whether IHalSensorList::get() gives a list.
@@ -100,6 +101,14 @@ void setProviderEnables(NSCam::Utils::eSensorType type, bool enables);
 // of it, in this order, whether or not the type is enabled, and then nothing is held.
 void deliverSamples(NSCam::Utils::eSensorType type, const std::vector<NSCam::Utils::SensorData>& samples);
 
+// Hears of every getAllSensorData, with the samples handed over: none when nothing was held. Called on the thread that
+// fetches, without any lock of the host, before the operation returns; what it throws leaves the operation, and the
+// samples are gone. It may call the host, but must not fetch samples. Null removes it. A call under way on another
+// thread may still run the listener that was replaced.
+using HandOverListener =
+    std::function<void(NSCam::Utils::eSensorType type, const std::vector<NSCam::Utils::SensorData>& samples)>;
+void setHandOverListener(HandOverListener listener);
+
 // ---- Metadata ------------------------------------------------------------------------------------------------------
 
 using MetadataValues = std::variant<std::vector<std::int32_t>, std::vector<std::int64_t>, std::vector<float>,
@@ -111,14 +120,14 @@ void setMetadataEntry(NSCam::IMetadata& metadata, std::uint32_t tag, MetadataVal
 std::map<std::uint32_t, MetadataValues> metadataEntries(const NSCam::IMetadata& metadata);
 // Makes every write under `tag` fail with a status, on any object; std::nullopt takes it back.
 void setMetadataRefuses(std::optional<std::uint32_t> tag);
-// How often a burst runs its callback: once, until set. A platform that keeps its word never does otherwise.
+// How often a burst runs its callback: once, until set. A conforming platform always runs it once.
 void setBurstRuns(int times);
 // Status of a read that finds no fitting entry.
 inline constexpr int kMetadataReadFailed = -1;
 
 // ---- Watching and failing ------------------------------------------------------------------------------------------
 
-// Every platform operation the library can call, but the Android log.
+// Every platform operation that the library can call, except the Android log.
 enum class Operation {
     kPropertyGet,
     kULogWrite,
@@ -127,6 +136,7 @@ enum class Operation {
     kSensorDeviceId,
     kCreateSensor,
     kSensorCommand,
+    kSensorCommandDone,  // the end of a command: what the hook throws here leaves it after its answer was written
     kReleaseSensor,
     kCreateProvider,
     kEnableSensor,

@@ -1,7 +1,9 @@
 // The provider of motion and OIS samples. All instances share the held samples; each has subscriptions of its own.
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "platform/SensorProvider.h"
 #include "platform/host/Guarded.h"
@@ -15,14 +17,27 @@ using NSCam::Utils::SensorProvider;
 namespace host {
 namespace {
 
+// Shared, so that a call under way keeps its listener while another thread replaces it.
+using SharedListener = std::shared_ptr<const HandOverListener>;
+
 struct ProviderState {
     bool creates = true;
     std::set<eSensorType> refused;
     std::map<eSensorType, std::vector<SensorData>> held;
+    SharedListener listener;
 };
 
 internal::Guarded<ProviderState>& providerState() {
     return internal::processWide<internal::Guarded<ProviderState>>();
+}
+
+// Moves what is held to `samples`, without a copy; the caller's memory takes the next samples. Gives the listener.
+SharedListener handOver(eSensorType type, std::vector<SensorData>& samples) {
+    samples.clear();
+    const auto state = providerState().lock();
+    const auto found = state->held.find(type);
+    if (found != state->held.end()) samples.swap(found->second);
+    return state->listener;
 }
 
 class HostSensorProvider final : public SensorProvider {
@@ -43,12 +58,7 @@ public:
 
     bool getAllSensorData(eSensorType type, std::vector<SensorData>& samples) override {
         internal::enter(Operation::kGetAllSensorData);
-        samples.clear();
-        const auto state = providerState().lock();
-        const auto found = state->held.find(type);
-        if (found == state->held.end()) return false;
-        // Nothing is copied, and the caller's memory takes the next samples.
-        samples.swap(found->second);
+        if (const SharedListener listener = handOver(type, samples)) (*listener)(type, samples);
         return !samples.empty();
     }
 
@@ -78,7 +88,14 @@ void deliverSamples(eSensorType type, const std::vector<SensorData>& samples) {
     held.insert(held.end(), samples.begin(), samples.end());
 }
 
+void setHandOverListener(HandOverListener listener) {
+    // Outlives the lock below: what the old listener's destruction runs is the caller's code.
+    SharedListener exchanged = listener ? std::make_shared<const HandOverListener>(std::move(listener)) : nullptr;
+    providerState().lock()->listener.swap(exchanged);
+}
+
 void internal::resetSensorProvider() {
+    setHandOverListener(nullptr);
     *providerState().lock() = {};
 }
 

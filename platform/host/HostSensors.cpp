@@ -13,9 +13,6 @@
 namespace host {
 namespace {
 
-constexpr unsigned long kRollingShutterCommand = 0x400F;
-constexpr unsigned long kOtpLayoutCommand = 0x4049;
-
 constexpr int kCommandDone = 0;
 constexpr int kCommandFailed = -1;
 
@@ -71,14 +68,14 @@ internal::Guarded<SensorState>& sensorState() {
 int HostSensor::sendCommand(std::uint32_t deviceId, unsigned long command, unsigned long argument1,
                             unsigned long argument2, unsigned long argument3) {
     internal::enter(Operation::kSensorCommand);
-    switch (command) {
-        case kOtpLayoutCommand:
-            return answerOtpLayout(deviceId, addressOf(argument2));
-        case kRollingShutterCommand:
-            return answerRollingShutter(deviceId, addressOf(argument1), addressOf(argument3));
-        default:
-            return kCommandFailed;
+    int status = kCommandFailed;
+    if (command == NSCam::CMD_GET_OTP_INFO) {
+        status = answerOtpLayout(deviceId, addressOf(argument2));
+    } else if (command == NSCam::CMD_GET_ROLLING_SHUTTER) {
+        status = answerRollingShutter(deviceId, addressOf(argument1), addressOf(argument3));
     }
+    internal::enter(Operation::kSensorCommandDone);
+    return status;
 }
 
 int HostSensor::answerOtpLayout(std::uint32_t deviceId, void* layout) const {

@@ -1,27 +1,18 @@
-// The one place that says what happens to an exception: none leaves the library.
+// What happens to an exception: none leaves the library.
 //
-// An exported function carries the guard on its signature, outside its body, so that locks are released and locals gone
-// when the neutral result is returned:
-//
-//     bool f() noexcept try {
-//         ...
-//     }
-//     LSC_OTHERWISE_RETURN(false)
+// An exported function that calls something that may throw is a function try block, whose handler returns the neutral
+// result. The handler is outside the body, so locks are released and locals destroyed before it runs.
 #pragma once
-
-// The neutral result of a guarded function; without an argument, of one that returns nothing.
-#define LSC_OTHERWISE_RETURN(...) \
-    catch (...) {                 \
-        return __VA_ARGS__;       \
-    }
 
 namespace lsc {
 
-// Runs an operation whose failure changes nothing for the caller.
+// Runs an operation whose failure changes nothing for the caller. Returns whether it completed without throwing.
 template <typename Operation>
-void quietly(const Operation& operation) noexcept try {
+bool quietly(const Operation& operation) noexcept try {
     operation();
+    return true;
+} catch (...) {
+    return false;
 }
-LSC_OTHERWISE_RETURN()
 
 }  // namespace lsc

@@ -3,8 +3,6 @@
 #include <memory>
 #include <mutex>
 
-#include "aaa/aaa/lsc/Guard.h"
-
 #define LSC_LOG_TAG "CustomShading"
 #include "aaa/aaa/lsc/ShadingLog.h"
 
@@ -42,8 +40,9 @@ CustomShadingFlow* CustomShadingFlow::getInstance(int sensorIdx) noexcept try {
     std::call_once(
         once, [sensorIdx](auto& slot) { slot = std::make_unique<CustomShadingFlow>(sensorIdx); }, instance);
     return instance.get();
+} catch (...) {
+    return nullptr;
 }
-LSC_OTHERWISE_RETURN(nullptr)
 
 CustomShadingFlow::CustomShadingFlow(int sensorIdx) noexcept : mSensorIdx(sensorIdx) {}
 

@@ -78,7 +78,7 @@ static_assert(offsetof(SHADING_DEBUG_INFO_S, pairs) == 0 && sizeof(SHADING_DEBUG
 class CustomShadingFlow {
 public:
     // The object of a sensor index, made on the first call for it and kept until the library is unloaded. Null, with an
-    // error message, for an index outside 0 to 19; null when there was no memory, and the next call tries again.
+    // error message, for an index outside 0 to 19. Null when there is no memory; the next call then tries again.
     LSC_EXPORT static CustomShadingFlow* getInstance(int sensorIdx) noexcept;
 
     LSC_EXPORT explicit CustomShadingFlow(int sensorIdx) noexcept;

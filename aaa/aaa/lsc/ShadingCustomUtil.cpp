@@ -8,7 +8,6 @@
 #include <mutex>
 #include <new>
 
-#include "aaa/aaa/lsc/Guard.h"
 #include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
 #include "platform/Metadata.h"
 
@@ -22,7 +21,6 @@ using NSCam::IMetadata;
 constexpr std::uint32_t COLOR_SENSOR_INFO_TAG = 0x90040159;  // float, 18 values
 constexpr int kColorSensorValues = 18;
 constexpr int kColorSensorMalformed = -1;  // status of a read that found another number of values
-constexpr std::uint32_t kNoWriteOptions = 0xFFFFFFFF;
 
 // Byte offsets in the records of ConvertColorSensorInfo.
 constexpr std::size_t kSourceSingle = 68;
@@ -59,8 +57,9 @@ TarvoShadingCustomUtil* customerUtil() noexcept try {
         TarvoShadingCustomUtil::mSingleInstance = new (std::nothrow) TarvoShadingCustomUtil();
     }
     return TarvoShadingCustomUtil::mSingleInstance;
+} catch (...) {
+    return nullptr;
 }
-LSC_OTHERWISE_RETURN(nullptr)
 
 }  // namespace
 
@@ -141,8 +140,9 @@ void CustomShadingUtil::QueryMetaInfo(CustShadingType type, long metadata, float
         return 0;
     };
     at<const IMetadata>(metadata)->burstRead(std::cref(read));
+} catch (...) {
+    return;
 }
-LSC_OTHERWISE_RETURN()
 
 void CustomShadingUtil::UpdateMetaInfo(CustShadingType type, long metadata, const float (&array)[18]) noexcept try {
     if (type != CustShadingType::kColorSensorInfo) {
@@ -151,8 +151,9 @@ void CustomShadingUtil::UpdateMetaInfo(CustShadingType type, long metadata, cons
     }
     if (metadata == 0) return;
     const auto write = [&array](IMetadata::BurstEntry& entry) {
-        entry.writeEntries(COLOR_SENSOR_INFO_TAG, array, std::size(array), kNoWriteOptions);
+        entry.writeEntries(COLOR_SENSOR_INFO_TAG, array, std::size(array), IMetadata::kNoWriteOptions);
     };
     at<IMetadata>(metadata)->burstWrite(std::cref(write));
+} catch (...) {
+    return;
 }
-LSC_OTHERWISE_RETURN()

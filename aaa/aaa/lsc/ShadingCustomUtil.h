@@ -38,21 +38,24 @@ static_assert(offsetof(CalcOISValueInput, sof_timestamp) == 0 && offsetof(CalcOI
               offsetof(CalcOISValueInput, exposure_time_ne) == 32 &&
               offsetof(CalcOISValueInput, exposure_time_se) == 40 && sizeof(CalcOISValueInput) == 48);
 
-// All functions are static: nobody makes an object. They take the process-wide customer object, which the first call
-// creates, and forward; without memory for that object they return false or write nothing, and the next call tries
-// again.
+// Features that IsSupportFeature knows; every other is unsupported.
+inline constexpr unsigned int kFeatureAlways = 1;
+inline constexpr unsigned int kFeatureOisCompensation = 2;
+
+// All functions are static; the class has no objects. They forward to the process-wide customer object, which the first
+// call creates. Without memory for that object they return false or write nothing, and the next call tries again.
 class CustomShadingUtil {
 public:
     CustomShadingUtil() = delete;
 
     // ---- Before a stream: what the module is --------------------------------------------------------------------
 
-    // Whether a feature (1: always; 2: OIS shading compensation; others: never) is supported by the sensor. Feature 2
-    // reads the sensor's OTP memory if nothing has done so yet. False for a sensor id outside 0 to 13.
+    // Whether the sensor supports a feature: kFeatureAlways; kFeatureOisCompensation, which reads the sensor's OTP
+    // memory if nothing has done so yet. False for a sensor id outside 0 to 13.
     LSC_EXPORT static bool IsSupportFeature(unsigned int feature, int sensorId) noexcept;
 
-    // Always false; its use is that the sensor's OTP memory has been read afterwards, unless compensation is disabled
-    // by property. The second argument is not consulted.
+    // Always false. The call serves to read the sensor's OTP memory, unless compensation is disabled by property. The
+    // second argument is ignored.
     LSC_EXPORT static bool IsEnableOisCompensation(int sensorId, unsigned int argument) noexcept;
 
     // Whether the sensor may switch seamlessly into its remosaic mode: in camera mode "high_pixel_mode", with a valid
@@ -64,7 +67,8 @@ public:
     LSC_EXPORT static void GetMultiTableIndex(int& index, int sensorId) noexcept;
 
     // Copies the module's OIS calibration table (2-byte entries, packed two per integer) into `array` of `length`
-    // integers, as far as both reach; the rest of the array keeps its values. Nothing is copied without a valid table.
+    // integers, up to the end of the shorter one; the rest of the array keeps its values. Nothing is copied without a
+    // valid table.
     LSC_EXPORT static void QueryOTPInfo(int* array, unsigned long length, int sensorId) noexcept;
 
     // ---- Per stream: the hall sensor ----------------------------------------------------------------------------
@@ -83,7 +87,7 @@ public:
     // Ends the subscription and discards the samples.
     LSC_EXPORT static void UnRegisterSensorMonitor(int sensorId) noexcept;
 
-    // ---- Per frame: where the lens stood ------------------------------------------------------------------------
+    // ---- Per frame: where the lens was --------------------------------------------------------------------------
 
     // Position of the OIS lens while an exposure of the frame was taken and read out. On success `x` and `y` each hold
     // {position, 0.0}; otherwise, and when either is null, both keep what they held. `frame` is used in messages and
@@ -96,7 +100,7 @@ public:
     // A null pointer ends the call.
     LSC_EXPORT static void fillLscOISCompInfo(int sensorId, NSCam::IMetadata* metadata) noexcept;
 
-    // ---- Colour sensor; none of the three touches the customer object, and a null address ends each of them -----
+    // ---- Colour sensor, without the customer object; a null address ends the call -------------------------------
 
     // Copies the colour-sensor values of the record at address `source` (72 bytes) into a block of the record at
     // address `destination`: kSingleExposure into its bytes 308 to 387, kFrame into its bytes 592 to 671. Neither

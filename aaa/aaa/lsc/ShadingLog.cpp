@@ -40,6 +40,7 @@ void writeUnified(const char* tag, std::uint32_t level, const char* format, ...)
     va_end(arguments);
     if (length < 0) return;
 
+    text[kBufferSize - 1] = '\0';  // whatever the formatter did
     // A logger that reads by length must not read past a text that was cut.
     const int handedOver = std::min(length, static_cast<int>(kBufferSize) - 1);
     withLogger([&](ULogger& target) { target.write(kModuleId, tag, level, text.get(), handedOver); });

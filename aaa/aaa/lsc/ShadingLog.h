@@ -1,5 +1,6 @@
 // The logging convention of every unit: messages go to the Android log, to the platform's unified logger, to both or to
-// neither, as the platform's switches say at that moment. A unit defines LSC_LOG_TAG before it includes this header.
+// neither, depending on the platform's switches at that moment. A unit defines LSC_LOG_TAG before it includes this
+// header.
 //
 // LSC_LOG_ERROR(format, ...)              errors: whenever an output is on
 // LSC_LOG_DEBUG(format, ...)              debug messages: the platform's detail switches must allow them as well
@@ -39,13 +40,16 @@ struct Site {
 // The unified logger's follow-up of an assertion entry.
 void assertUnified() noexcept;
 
+// Declared for the compiler's check of formats; never defined or called.
+[[gnu::format(printf, 1, 2)]] int checkFormat(const char* format, ...) noexcept;
+
 // The two outputs get formats of their own: only the Android output of errors ends in function, line and file. The
 // macros below check the formats, which the compiler cannot follow into these templates.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 #pragma GCC diagnostic ignored "-Wformat-security"
 template <typename... Args>
-void error(const Site& site, const char* format, const char* formatWithSite, Args... args) noexcept {
+void error(const Site& site, const char* formatWithSite, const char* format, Args... args) noexcept {
     if (outputOn(kAndroidOutput)) {
         __android_log_print(kAndroidLogError, site.tag, formatWithSite, site.function, args..., site.function,
                             site.line, site.file);
@@ -60,7 +64,7 @@ void debug(const Site& site, const char* format, Args... args) noexcept {
 }
 
 template <typename... Args>
-void assertion(const Site& site, const char* format, const char* formatWithSite, Args... args) noexcept {
+void assertion(const Site& site, const char* formatWithSite, const char* format, Args... args) noexcept {
     if (outputOn(kUnifiedOutput)) {
         writeUnified(site.tag, kUnifiedLevelError, format, site.function, args...);
         assertUnified();
@@ -78,38 +82,39 @@ void assertion(const Site& site, const char* format, const char* formatWithSite,
         LSC_LOG_TAG, function, __LINE__, __FILE__ \
     }
 
-// The format of the unified logger, and that of the Android output of errors.
-#define LSC_LOG_FORMATS_(format) "[%s] " format, "[%s] " format " (%s){#%d:%s}"
+// The dots stand for a message: its format, then its arguments. With its site it becomes the format of the Android
+// output of errors, followed by the format of all other outputs and the arguments.
+#define LSC_LOG_FORMAT_OF_(format, ...) format
+#define LSC_LOG_WITH_SITE_(...) "[%s] " LSC_LOG_FORMAT_OF_(__VA_ARGS__, ) " (%s){#%d:%s}", "[%s] " __VA_ARGS__
 
 // Never evaluated: lets the compiler check the arguments against the format.
-#define LSC_LOG_CHECK_(format, ...) \
-    static_cast<void>(sizeof(::__android_log_print(0, "", "[%s] " format, "" __VA_OPT__(, ) __VA_ARGS__)))
+#define LSC_LOG_CHECK_(...) static_cast<void>(sizeof(::lsc::log::checkFormat(__VA_ARGS__)))
 
-#define LSC_LOG_ERROR_AS(function, format, ...)                                                              \
-    do {                                                                                                     \
-        if (::lsc::log::errorOn()) {                                                                         \
-            ::lsc::log::error(LSC_LOG_SITE_(function), LSC_LOG_FORMATS_(format) __VA_OPT__(, ) __VA_ARGS__); \
-            LSC_LOG_CHECK_(format __VA_OPT__(, ) __VA_ARGS__);                                               \
-        }                                                                                                    \
+#define LSC_LOG_ERROR_AS(function, ...)                                                  \
+    do {                                                                                 \
+        if (::lsc::log::errorOn()) {                                                     \
+            ::lsc::log::error(LSC_LOG_SITE_(function), LSC_LOG_WITH_SITE_(__VA_ARGS__)); \
+            LSC_LOG_CHECK_(__VA_ARGS__);                                                 \
+        }                                                                                \
     } while (false)
 
-#define LSC_LOG_DEBUG_AS(function, format, ...)                                                    \
-    do {                                                                                           \
-        if (::lsc::log::debugOn()) {                                                               \
-            ::lsc::log::debug(LSC_LOG_SITE_(function), "[%s] " format __VA_OPT__(, ) __VA_ARGS__); \
-            LSC_LOG_CHECK_(format __VA_OPT__(, ) __VA_ARGS__);                                     \
-        }                                                                                          \
+#define LSC_LOG_DEBUG_AS(function, ...)                                      \
+    do {                                                                     \
+        if (::lsc::log::debugOn()) {                                         \
+            ::lsc::log::debug(LSC_LOG_SITE_(function), "[%s] " __VA_ARGS__); \
+            LSC_LOG_CHECK_(__VA_ARGS__);                                     \
+        }                                                                    \
     } while (false)
 
-#define LSC_LOG_ASSERT(format, ...)                                                                          \
-    do {                                                                                                     \
-        ::lsc::log::assertion(LSC_LOG_SITE_(__func__), LSC_LOG_FORMATS_(format) __VA_OPT__(, ) __VA_ARGS__); \
-        LSC_LOG_CHECK_(format __VA_OPT__(, ) __VA_ARGS__);                                                   \
+#define LSC_LOG_ASSERT(...)                                                              \
+    do {                                                                                 \
+        ::lsc::log::assertion(LSC_LOG_SITE_(__func__), LSC_LOG_WITH_SITE_(__VA_ARGS__)); \
+        LSC_LOG_CHECK_(__VA_ARGS__);                                                     \
     } while (false)
 
-#define LSC_LOG_ERROR(format, ...) LSC_LOG_ERROR_AS(__func__, format __VA_OPT__(, ) __VA_ARGS__)
-#define LSC_LOG_DEBUG(format, ...) LSC_LOG_DEBUG_AS(__func__, format __VA_OPT__(, ) __VA_ARGS__)
-#define LSC_LOG_DEBUG_IF(gate, format, ...)                         \
-    do {                                                            \
-        if (gate) LSC_LOG_DEBUG(format __VA_OPT__(, ) __VA_ARGS__); \
+#define LSC_LOG_ERROR(...) LSC_LOG_ERROR_AS(__func__, __VA_ARGS__)
+#define LSC_LOG_DEBUG(...) LSC_LOG_DEBUG_AS(__func__, __VA_ARGS__)
+#define LSC_LOG_DEBUG_IF(gate, ...)           \
+    do {                                      \
+        if (gate) LSC_LOG_DEBUG(__VA_ARGS__); \
     } while (false)

@@ -1,4 +1,4 @@
-// What the log macros stand on: the platform's switches, read afresh at every test, and the types of printf's
+// Building blocks of the log macros: the platform's switches, read again at every test, and the types of printf's
 // arguments.
 #pragma once
 
@@ -12,9 +12,9 @@ inline constexpr std::int32_t kAndroidOutput = 0x1;  // bit of ULogger::sMode
 inline constexpr std::int32_t kUnifiedOutput = 0xA;  // either bit of ULogger::sMode
 inline constexpr std::uint32_t kDebugDetailsLevel = 5;
 inline constexpr std::uint32_t kModuleDetailsBit = 0x800000;  // needed in ULogger::sNormalDetailsMask
-inline constexpr std::uint32_t kDebugDetailsBits = 0x21000;   // one of these is needed there, too
+inline constexpr std::uint32_t kDebugDetailsBits = 0x21000;   // and one of these
 
-// Relaxed: the platform writes its switches at any time without a lock, and no other data hangs on their value.
+// Relaxed: the platform writes its switches at any time without a lock, and no other data depends on their value.
 template <typename T>
 T load(const T& platformSwitch) noexcept {
     return __atomic_load_n(&platformSwitch, __ATOMIC_RELAXED);

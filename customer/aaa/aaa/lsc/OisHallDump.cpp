@@ -1,5 +1,9 @@
 #include "customer/aaa/aaa/lsc/OisHallDump.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <memory>
 
@@ -15,19 +19,39 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
+// The camera service opens a name in a directory that others may write to: no link is followed, nothing but a file is
+// written, a FIFO in its place does not block, and a program that the service starts does not get it.
+File openFile(const char* path) noexcept {
+    constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+    constexpr mode_t kMode = 0666;  // less what the process's umask takes away, as with fopen
+    const int descriptor = open(path, kFlags, kMode);
+    if (descriptor < 0) return nullptr;
+    struct stat status = {};
+    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && ftruncate(descriptor, 0) == 0) {
+        if (File file{fdopen(descriptor, "w+")}) return file;
+    }
+    close(descriptor);
+    return nullptr;
+}
+
 File openDump(int sensorId, unsigned int frame, std::uint64_t startUs) noexcept {
     char path[kPathSize] = {};
     std::snprintf(path, sizeof path, "data/vendor/camera_dump/capture_camera_%d_frame_%d_%lld_oishall.txt", sensorId,
                   static_cast<int>(frame), static_cast<long long>(startUs));
-    return File(std::fopen(path, "w+"));
+    return openFile(path);
 }
 
 }  // namespace
 
-void writeOisHallDump(int sensorId, unsigned int frame, const ExposureTimes& times, const ActiveSamples& samples,
+bool isDumped(CustShadingType type) {
+    return type == CustShadingType::kSingleExposure || type == CustShadingType::kMultiExposureNe ||
+           type == CustShadingType::kMultiExposureSe;
+}
+
+bool writeOisHallDump(int sensorId, unsigned int frame, const ExposureTimes& times, const ActiveSamples& samples,
                       const SpanSearch& span, const std::vector<double>& x, const std::vector<double>& y) noexcept {
     const File file = openDump(sensorId, frame, times.startUs);
-    if (!file) return;
+    if (!file) return true;
     std::FILE* const out = file.get();
 
     std::fprintf(out, "frame: %d\n", static_cast<int>(frame));
@@ -43,6 +67,8 @@ void writeOisHallDump(int sensorId, unsigned int frame, const ExposureTimes& tim
     }
     std::fprintf(out, "\t\"exposure_time\": %lld\n", static_cast<long long>(times.exposureUs));
     std::fprintf(out, "\t\"shutter_time\": %d\n", static_cast<int>(times.shutterUs));
+    std::fflush(out);
+    return std::ferror(out) == 0;
 }
 
 }  // namespace lsc

@@ -4,24 +4,10 @@
 #include <cstring>
 #include <functional>
 
-#include "aaa/aaa/lsc/Guard.h"
-
 namespace lsc {
 namespace {
 
 using NSCam::IMetadata;
-
-constexpr std::int32_t kMultiExposureFlags = 0x618;
-
-// Keys of the pairs under MULTIEXP_SOF_TIMESTAMPS_TAG.
-constexpr std::int64_t kNeExposureKey = 4;
-constexpr std::int64_t kSeExposureKey = 6;
-
-// Byte offsets of the exposure times (ns, little-endian as the platform is) in the exposure block.
-constexpr std::size_t kExposureOffset = 4592;
-constexpr std::size_t kSeExposureOffset = 4704;
-
-constexpr std::uint32_t kNoWriteOptions = 0xFFFFFFFF;
 
 constexpr FrameExposure kSingleExposure[] = {
     {CustShadingType::kSingleExposure, LSC_OIS_VALUE_X_TAG, LSC_OIS_VALUE_Y_TAG},
@@ -100,7 +86,9 @@ bool hasOisValues(const IMetadata& metadata, std::span<const FrameExposure> expo
     burstRead(metadata, [&](const IMetadata::BurstEntry& entry) {
         complete = true;
         for (const FrameExposure& exposure : exposures) {
-            complete = complete && hasValues(entry, exposure.xTag) && hasValues(entry, exposure.yTag);
+            const bool x = hasValues(entry, exposure.xTag);
+            const bool y = hasValues(entry, exposure.yTag);
+            complete = complete && x && y;
         }
         return 0;
     });
@@ -117,22 +105,13 @@ int readFrameTiming(const IMetadata& metadata, CalcOISValueInput& timing) {
     });
 }
 
-bool writeOisValues(IMetadata& metadata, const FrameExposure& exposure, const std::vector<double>& x,
-                    const std::vector<double>& y) noexcept {
-    bool written = false;
+void writeOisValues(IMetadata& metadata, const FrameExposure& exposure, const std::vector<double>& x,
+                    const std::vector<double>& y) {
     const auto write = [&](IMetadata::BurstEntry& entry) {
-        const auto put = [&entry](std::uint32_t tag, const std::vector<double>& values) {
-            return entry.writeEntries(tag, values.data(), values.size(), kNoWriteOptions) == 0;
-        };
-        std::vector<double> before;
-        static_cast<void>(entry.readEntries(exposure.xTag, before));  // an absent entry held no values
-        if (!put(exposure.xTag, x)) return;
-        quietly([&] { written = put(exposure.yTag, y); });
-        // The shading stage must never see one axis of a position.
-        if (!written) quietly([&] { put(exposure.xTag, before); });
+        entry.writeEntries(exposure.xTag, x.data(), x.size(), IMetadata::kNoWriteOptions);
+        entry.writeEntries(exposure.yTag, y.data(), y.size(), IMetadata::kNoWriteOptions);
     };
-    quietly([&] { metadata.burstWrite(std::cref(write)); });
-    return written;
+    metadata.burstWrite(std::cref(write));
 }
 
 }  // namespace lsc

@@ -1,6 +1,7 @@
 // What OIS compensation reads from a frame's metadata and writes into it. Each function is one burst. Bursts may throw.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -22,6 +23,17 @@ inline constexpr std::uint32_t LSC_OIS_VALUE_NE_Y_TAG = 0xC0030036;
 inline constexpr std::uint32_t LSC_OIS_VALUE_SE_X_TAG = 0xC0030037;
 inline constexpr std::uint32_t LSC_OIS_VALUE_SE_Y_TAG = 0xC0030038;
 
+inline constexpr std::int32_t kMultiExposureFlags = 0x618;  // of MULTIEXP_MODE_FLAGS_TAG; any of them marks the frame
+
+// Keys of the pairs under MULTIEXP_SOF_TIMESTAMPS_TAG.
+inline constexpr std::int64_t kNeExposureKey = 4;
+inline constexpr std::int64_t kSeExposureKey = 6;
+
+// Byte offsets in the exposure block: exposure times in ns, unsigned 64-bit, little-endian as the platform is.
+inline constexpr std::size_t kExposureOffset = 4592;
+inline constexpr std::size_t kSeExposureOffset = 4704;
+inline constexpr std::size_t kExposureBlockSize = 4712;  // bytes that the platform's block has at least
+
 // One exposure of a frame: the work it asks for and where its position goes.
 struct FrameExposure {
     CustShadingType type;
@@ -31,20 +43,18 @@ struct FrameExposure {
 // The exposures of a single- or a multi-exposure frame, in the order in which they are computed.
 std::span<const FrameExposure> exposuresOf(bool multiExposure);
 
-// Whether the frame's exposure-mode flags mark a multi-exposure frame; absent flags do not.
+// Whether the frame's exposure-mode flags mark a multi-exposure frame; without the entry it is none.
 bool readMultiExposure(const NSCam::IMetadata& metadata);
 
 // Whether the metadata holds values under both tags of every exposure.
 bool hasOisValues(const NSCam::IMetadata& metadata, std::span<const FrameExposure> exposures);
 
 // Reads the frame's timing; values that are missing are 0. Returns 0 when the exposure block and the start of frame
-// were read, otherwise the status of these reads, joined bit by bit.
+// were read, otherwise the status of these reads, combined by bitwise or.
 int readFrameTiming(const NSCam::IMetadata& metadata, CalcOISValueInput& timing);
 
-// Writes the position of one exposure, both entries or neither: should the second fail, the first gets back the values
-// it held; one that was not there, or held no doubles, is left without values. Returns whether both stand; does not
-// throw.
-bool writeOisValues(NSCam::IMetadata& metadata, const FrameExposure& exposure, const std::vector<double>& x,
-                    const std::vector<double>& y) noexcept;
+// Writes the position of one exposure: x under its tag, then y under its own, each with all its values.
+void writeOisValues(NSCam::IMetadata& metadata, const FrameExposure& exposure, const std::vector<double>& x,
+                    const std::vector<double>& y);
 
 }  // namespace lsc

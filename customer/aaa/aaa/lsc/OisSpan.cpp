@@ -67,7 +67,7 @@ std::optional<ExposureTimes> selectTimes(CustShadingType type, const CalcOISValu
                                          std::uint32_t shutterUs) {
     const auto times = [shutterUs](std::uint64_t sofNs, std::uint64_t exposureNs) {
         const std::uint64_t exposureUs = exposureNs / kNsPerUs;
-        return ExposureTimes{sofNs, exposureUs, sofNs / kNsPerUs - exposureUs, shutterUs};
+        return ExposureTimes{sofNs, exposureNs, exposureUs, sofNs / kNsPerUs - exposureUs, shutterUs};
     };
     switch (type) {
         case CustShadingType::kFrame:
@@ -96,13 +96,16 @@ std::int64_t sampleTimeUs(const NSCam::Utils::SensorData& sample) {
 
 ActiveSamples activate(const Samples& samples, std::int64_t timeOffsetUs) {
     ActiveSamples active;
+    ActiveSample* next = active.entries.data();
+    const ActiveSample* const end = next + ActiveSamples::kCapacity;
     std::int64_t previous = 0;
     for (const NSCam::Utils::SensorData& sample : samples) {
         const std::int64_t time = sampleTimeUs(sample);
-        if (time == previous || active.count == ActiveSamples::kCapacity) continue;
-        active.entries[static_cast<std::size_t>(active.count++)] = {sample.oisX, sample.oisY, time - timeOffsetUs};
+        if (time == previous || next == end) continue;
+        *next++ = {sample.oisX, sample.oisY, time - timeOffsetUs};
         previous = time;
     }
+    active.count = static_cast<std::int32_t>(next - active.entries.data());  // at most the capacity
     return active;
 }
 

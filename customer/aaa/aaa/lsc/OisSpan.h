@@ -1,5 +1,5 @@
-// From the hall samples around a frame to the one lens position that the frame was exposed with. Pure functions of
-// their inputs; they allocate nothing. Times are microseconds unless a name says otherwise.
+// Computes the one lens position of an exposure from the hall samples around the frame. Pure functions of their inputs;
+// they allocate nothing. Times are microseconds unless a name says otherwise.
 #pragma once
 
 #include <array>
@@ -19,21 +19,22 @@ inline constexpr std::int64_t kMatchWindowUs = 1000;
 
 // When one exposure of a frame took place.
 struct ExposureTimes {
-    std::uint64_t sofNs = 0;       // start of frame as the platform gave it
-    std::uint64_t exposureUs = 0;  // exposure time
+    std::uint64_t sofNs = 0;       // start of frame, as the platform gave it
+    std::uint64_t exposureNs = 0;  // exposure time, as the platform gave it
+    std::uint64_t exposureUs = 0;
     std::uint64_t startUs = 0;  // start of the exposure; wraps at 64 bits when the exposure exceeds the start of frame
     std::uint32_t shutterUs = 0;  // rolling-shutter time, from the first row to the last
 };
 // The times that `type` selects from the input, or nothing for a type without times.
 std::optional<ExposureTimes> selectTimes(CustShadingType type, const CalcOISValueInput& input, std::uint32_t shutterUs);
 
-// Offset between a sample's time stamp and the time it counts for; always below 0, so samples count for later.
+// Offset between a sample's time stamp and the time it counts for; always negative: a sample counts for a later time.
 std::int64_t sampleTimeOffset(const ExposureTimes& times);
 
-// Time stamp of a sample as it is, toward zero.
+// A sample's own time stamp, rounded toward zero.
 std::int64_t sampleTimeUs(const NSCam::Utils::SensorData& sample);
 
-// The samples to search, each microsecond once, at the times that they count for.
+// The samples to search, at most one for each microsecond, with the times that they count for.
 struct ActiveSample {
     float x;
     float y;
@@ -41,10 +42,10 @@ struct ActiveSample {
 };
 struct ActiveSamples {
     static constexpr std::int32_t kCapacity = 100;
-    std::array<ActiveSample, kCapacity> entries = {};
+    std::array<ActiveSample, kCapacity> entries;  // the first `count` have values
     std::int32_t count = 0;
 
-    // Indexes count as the messages do, signed; none is negative.
+    // Indexes are signed as in the messages, and never negative.
     const ActiveSample& operator[](std::int32_t index) const { return entries[static_cast<std::size_t>(index)]; }
 };
 ActiveSamples activate(const Samples& samples, std::int64_t timeOffsetUs);
@@ -70,6 +71,9 @@ std::uint64_t readoutEndUs(const ActiveSamples& samples, std::int32_t start, con
 // Reduces the span to one position. Modes: 0 mean, 1 largest x and largest y, 2 middle entry, 3 last entry; any other
 // mode gives nothing. Sums and quotients are in single precision.
 enum OisReduction : std::int32_t { kMean = 0, kLargest = 1, kMiddle = 2, kLast = 3 };
+constexpr bool isReduction(std::int32_t mode) {
+    return mode >= kMean && mode <= kLast;
+}
 struct LensPosition {
     float x;
     float y;

@@ -1,17 +1,38 @@
 #include "customer/aaa/aaa/lsc/OisTrace.h"
 
-#define LSC_LOG_TAG "TarvoShadingCustomUtil"
-#include "aaa/aaa/lsc/ShadingLog.h"
+#include "customer/aaa/aaa/lsc/UnitLog.h"
 
 namespace lsc {
 namespace {
 
+using log::dec;
 using log::lld;
+using log::llu;
 using log::wide;
 
 constexpr char kFunction[] = "CalcOISValue";
 
 }  // namespace
+
+void logParameters(std::int32_t sensorId, std::uint32_t type, std::size_t sampleCount, const ExposureTimes& times,
+                   std::int64_t timeOffsetUs) {
+    LSC_LOG_DEBUG_AS(
+        kFunction,
+        "sensorId = %d, type = %u, oisCount = %u, sof_timestamp = %llu, exposure_time = %llu, shutter_time = %u, "
+        "timeDiff = %lld",
+        sensorId, type, static_cast<unsigned int>(sampleCount), llu(times.startUs), llu(times.exposureUs),
+        times.shutterUs, lld(timeOffsetUs));
+}
+
+void logOutputs(std::int32_t sensorId, std::uint32_t frame, std::int32_t mode, const std::vector<double>& x,
+                const std::vector<double>& y) {
+    if (x.empty() || y.empty()) return;
+    LSC_LOG_DEBUG_AS(
+        kFunction,
+        "sensorId = %d, frameId = %d, mOisCalCMode = %d, out_frame_ois_size(%zu, %zu), out_frame_ois0(x = %lf, "
+        "y=%lf), out_frame_ois1(x = %lf, y=%lf)",
+        sensorId, dec(frame), mode, x.size(), y.size(), x.front(), y.front(), x.back(), y.back());
+}
 
 void traceSamples(const Samples& samples) {
     int index = 0;

@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <new>
+#include <utility>
 
 namespace lsc {
 namespace {
 
+constexpr std::uint8_t kBlockValid = 1;
 constexpr std::uint64_t kEntryBytes = 2;
 constexpr std::uint8_t kLargestPositiveFlag = 128;
 
@@ -16,23 +19,14 @@ constexpr std::int32_t kModerateGradient = 8;
 
 }  // namespace
 
-bool isPlausible(const OTPInfo::MultiGolden& block) {
-    return std::max({block.valid, block.gradient, block.flag}) < kOtpMemorySize;
-}
-
-bool isPlausible(const OTPInfo::OisCalibration& block) {
-    const std::uint64_t bytes = tableBytes(block);
-    return block.valid < kOtpMemorySize && bytes <= kOtpMemorySize && block.offset + bytes <= kOtpMemorySize;
-}
-
-std::uint64_t tableBytes(const OTPInfo::OisCalibration& block) {
-    const std::uint64_t entries = std::uint64_t{block.indexNum} * block.tableNumber;
+std::uint64_t tableBytes(const OTPInfo::OisCalibration& layout) {
+    const std::uint64_t entries = std::uint64_t{layout.indexNum} * layout.tableNumber;
     // Two 32-bit numbers fill 64 bits; doubling the largest product would wrap.
     return std::min(entries, UINT64_MAX / kEntryBytes) * kEntryBytes;
 }
 
-std::size_t storedBytes(const OTPInfo::OisCalibration& block) {
-    return std::min<std::uint64_t>(block.size, tableBytes(block));
+std::size_t storedBytes(const OTPInfo::OisCalibration& layout) {
+    return std::min<std::uint64_t>(layout.size, tableBytes(layout));
 }
 
 GoldenGradient signedGradient(std::uint8_t magnitude, std::uint8_t flag) {
@@ -49,15 +43,45 @@ std::int32_t multiTableIndex(std::int32_t gradient) {
     return negative ? 5 : 4;
 }
 
+GoldenBlock decodeBlock(const OTPInfo::MultiGolden& layout, const std::uint8_t* otp) {
+    if (layout.valid >= kOtpMemorySize) return {BlockState::kOutside};
+    const std::uint8_t marker = otp[layout.valid];
+    if (marker != kBlockValid) return {BlockState::kNotValid, marker};
+    if (std::max(layout.gradient, layout.flag) >= kOtpMemorySize) return {BlockState::kOutside, marker};
+    const GoldenGradient gradient = signedGradient(otp[layout.gradient], otp[layout.flag]);
+    return {BlockState::kValid, marker, gradient, multiTableIndex(gradient.value)};
+}
+
+CalibrationBlock decodeBlock(const OTPInfo::OisCalibration& layout, const std::uint8_t* otp) noexcept {
+    if (layout.valid >= kOtpMemorySize) return {BlockState::kOutside};
+    const std::uint8_t marker = otp[layout.valid];
+    if (marker != kBlockValid) return {BlockState::kNotValid, marker};
+    const std::uint64_t bytes = tableBytes(layout);
+    if (bytes > kOtpMemorySize || layout.offset + bytes > kOtpMemorySize) return {BlockState::kOutside, marker};
+    const std::size_t stored = storedBytes(layout);
+    std::unique_ptr<std::uint8_t[]> table(new (std::nothrow) std::uint8_t[stored]());
+    if (!table) return {BlockState::kNoMemory, marker};
+    reorderTable(otp + layout.offset, table.get(), stored, layout);
+    return {BlockState::kValid, marker, std::move(table)};
+}
+
 void reorderTable(const std::uint8_t* source, std::uint8_t* destination, std::uint64_t capacity,
-                  const OTPInfo::OisCalibration& block) {
-    const std::uint64_t columns = block.tableNumber;
-    const std::uint64_t entries = std::min(tableBytes(block), capacity) / kEntryBytes;
+                  const OTPInfo::OisCalibration& layout) {
+    const std::uint64_t columns = layout.tableNumber;
+    const std::uint64_t entries = std::min(tableBytes(layout), capacity) / kEntryBytes;
     for (std::uint64_t entry = 0; entry < entries; ++entry) {
         const std::uint64_t column = entry % columns;
         const std::uint64_t from = column == 0 ? entry : entry - column + (columns - column);
         std::memcpy(destination + entry * kEntryBytes, source + from * kEntryBytes, kEntryBytes);
     }
+}
+
+std::size_t copyTable(const std::uint8_t* table, const OTPInfo::OisCalibration& layout, std::uint8_t* destination,
+                      std::size_t capacity) {
+    const std::size_t size = std::min<std::size_t>(capacity, layout.size);
+    const std::size_t stored = std::min(size, storedBytes(layout));
+    std::fill_n(std::copy_n(table, stored, destination), size - stored, std::uint8_t{0});
+    return size;
 }
 
 }  // namespace lsc

@@ -1,4 +1,4 @@
-// Per-sensor records of the OTP calibration: what the sensor driver says of the layout, and what was made of the bytes.
+// Per-sensor records of the OTP calibration: the layout that the sensor driver describes, and the result of the read.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ struct OTPInfo {
     } multiGolden;
     struct OisCalibration {
         std::uint32_t offset;       // the table's first byte
-        std::uint32_t size;         // bytes that callers get, zeros behind the rows
+        std::uint32_t size;         // bytes that callers get, with zeros after the rows
         std::uint32_t valid;        // offset of the valid marker byte
         std::uint32_t indexNum;     // rows
         std::uint32_t tableNumber;  // entries per row, 2 bytes each
@@ -40,7 +40,7 @@ static_assert(offsetof(OTPInfo, multiGolden) == 0 && offsetof(OTPInfo, oisCalibr
 // again, so they may be read without the lock by whoever has seen `isRead` set under it.
 struct OTPState {
     bool isRead LSC_GUARDED_BY(otpMutex) = false;         // the read has been tried; it is never tried twice
-    bool oisCalibrationValid = false;                     // exactly when the table is there
+    bool oisCalibrationValid = false;                     // true exactly when there is a table
     std::int32_t multi_tbl_idx = 0;                       // golden shading table, 1 to 5; 0 when not known
     std::unique_ptr<std::uint8_t[]> oisCalibrationTable;  // reordered; lsc::storedBytes of it
     std::mutex otpMutex;

@@ -2,27 +2,30 @@
 
 #include <algorithm>
 #include <iterator>
+#include <numeric>
 
 namespace lsc {
 namespace {
 
 using NSCam::Utils::SensorData;
 
-bool earlier(const SensorData& a, const SensorData& b) {
-    return a.timestamp < b.timestamp;
-}
-
-// Half of the sum, toward zero. The sum wraps at 64 bits, which a signed addition must not do by itself.
+// Half of the sum, toward zero; exact, also where the sum itself would leave 64 bits.
 std::int64_t middle(std::int64_t a, std::int64_t b) {
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b)) / 2;
+    const std::int64_t lower = std::midpoint(std::min(a, b), std::max(a, b));  // rounds toward its first argument
+    const bool halved = ((a ^ b) & 1) != 0;
+    return halved && lower < 0 ? lower + 1 : lower;
 }
 
 }  // namespace
 
+bool isEarlier(const SensorData& a, const SensorData& b) {
+    return a.timestamp < b.timestamp;
+}
+
 void sortByTime(Samples& samples) {
-    if (std::is_sorted(samples.begin(), samples.end(), earlier)) return;
+    if (std::is_sorted(samples.begin(), samples.end(), isEarlier)) return;
     // Stable, so that every standard library gives the same order of equal stamps.
-    std::stable_sort(samples.begin(), samples.end(), earlier);
+    std::stable_sort(samples.begin(), samples.end(), isEarlier);
 }
 
 BatchRelation relationOf(const Samples& older, const Samples& newer) {
@@ -35,7 +38,7 @@ SplitBatches splitBatches(const Samples& older, const Samples& newer) {
     const std::int64_t splitTime = middle(older.back().timestamp, newer.front().timestamp);
     Samples merged;
     merged.reserve(older.size() + newer.size());
-    std::merge(older.begin(), older.end(), newer.begin(), newer.end(), std::back_inserter(merged), earlier);
+    std::merge(older.begin(), older.end(), newer.begin(), newer.end(), std::back_inserter(merged), isEarlier);
 
     // Times are unsigned everywhere but in the order of samples: the cut is found by a scan, since negative stamps
     // come first in the list and last in unsigned order.

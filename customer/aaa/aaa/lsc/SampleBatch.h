@@ -1,4 +1,4 @@
-// One frame's batch of OIS samples, and how it meets the batch before it. Pure functions of their inputs.
+// One frame's batch of OIS samples, and its relation to the batch before it. Pure functions of their inputs.
 #pragma once
 
 #include <cstdint>
@@ -11,10 +11,13 @@ namespace lsc {
 // Samples in ascending order of their signed time stamps wherever this project stores them.
 using Samples = std::vector<NSCam::Utils::SensorData>;
 
-// Sorts by time stamp, signed; equal stamps keep their order. A sorted batch costs one scan.
+// The order of samples: by time stamp, signed.
+bool isEarlier(const NSCam::Utils::SensorData& a, const NSCam::Utils::SensorData& b);
+
+// Sorts by time stamp; equal stamps keep their order. A sorted batch costs one scan.
 void sortByTime(Samples& samples);
 
-// How a sorted batch lies in time to the sorted batch before it; both hold samples.
+// Where a sorted batch begins, compared with the sorted batch before it; neither is empty.
 enum class BatchRelation {
     kFollows,   // it begins no earlier than the older batch ends
     kOverlaps,  // it begins within the older batch
@@ -22,8 +25,8 @@ enum class BatchRelation {
 };
 BatchRelation relationOf(const Samples& older, const Samples& newer);
 
-// Two overlapping batches divided anew at the middle of their overlap. A side may be empty when time stamps are
-// negative or the sum of two of them leaves the range of 64 bits; no sample is lost.
+// Two overlapping batches, split at the middle of their overlap. Both sides hold samples unless time stamps are
+// negative: those come first in order of time and last in the unsigned order of the cut. No sample is lost.
 struct SplitBatches {
     Samples older;
     Samples newer;

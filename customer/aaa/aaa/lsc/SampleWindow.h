@@ -17,7 +17,7 @@ struct FrameEntry {
 };
 using FrameQueue = std::deque<FrameEntry>;  // oldest at the front; all samples in one ascending sequence
 
-inline constexpr std::size_t kWindowSize = 100;   // entries that a query by time gives
+inline constexpr std::size_t kWindowSize = 100;   // entries that a query by time returns
 inline constexpr std::size_t kWindowBefore = 50;  // of them before the match, away from the ends
 
 std::size_t totalSamples(const FrameQueue& queue);
@@ -30,7 +30,7 @@ struct SampleMatch {
 std::optional<SampleMatch> firstNotBefore(const FrameQueue& queue, std::uint64_t time);
 
 // Copies the kWindowSize samples around position `offset` of the `total` that the queue holds: 50 before it, itself and
-// the 49 after it, held against the ends of the sequence. `total` must be at least kWindowSize, `offset` below it.
+// the 49 after it, shifted to stay within the sequence. `total` must be at least kWindowSize, `offset` below it.
 Samples copyWindow(const FrameQueue& queue, std::size_t total, std::size_t offset);
 
 }  // namespace lsc

@@ -1,7 +1,7 @@
 // One camera sensor's subscription to the OIS hall samples, and the buffer of those samples by frame. The registry in
-// TarvoShadingCustomUtil makes, finds and ends monitors, and runs every operation of a monitor under its own lock.
-// Operations may throw. A buffer is then as it was; a monitor may keep a provider instance that it got, and samples
-// that it had fetched are lost.
+// TarvoShadingCustomUtil creates, finds and ends monitors, and runs every operation of a monitor under its own lock.
+// Operations may throw. A buffer is then unchanged; a monitor may keep a new provider instance, and samples that it had
+// fetched are lost.
 #pragma once
 
 #include <cstddef>
@@ -10,17 +10,15 @@
 #include <mutex>
 
 #include "aaa/aaa/lsc/ThreadAnnotations.h"
-#include "customer/aaa/aaa/lsc/SampleWindow.h"
+#include "customer/aaa/aaa/lsc/SampleQueue.h"
 #include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
 
-// The samples of the last frames, in time order. Synchronises itself.
+// A sensor's queue of samples (SampleQueue.h) with a lock and messages. Synchronises itself.
 class TarvoShadingCustomUtil::TarvoSensorData {
 public:
     TarvoSensorData(std::uint32_t maxQueueSize, std::int32_t logLevel);
 
-    // Files `data` under `frame`, dividing it anew with the newest entry where the two overlap in time, and drops the
-    // oldest entry beyond the limit. `data` comes back sorted, and after a division holds this frame's part. A batch
-    // that begins no later than the newest entry is not filed, nor is an empty one.
+    // Files `data` under `frame`, as SampleQueue::push() does.
     void pushValue(std::uint32_t frame, lsc::Samples& data) LSC_EXCLUDES(mMutex);
 
     // Replaces `out` with the samples filed under `frame`, the newest entry's when there are several.
@@ -32,14 +30,14 @@ public:
     // Entries held.
     std::size_t frameCount() LSC_EXCLUDES(mMutex);
 
-    // Drops every entry and gives back the memory.
+    // Drops every entry and releases the memory.
     void clear() LSC_EXCLUDES(mMutex);
 
 private:
-    const std::uint32_t mMaxQueueSize;
     const std::int32_t mLogLevel;
     std::mutex mMutex;
-    lsc::FrameQueue mQueue LSC_GUARDED_BY(mMutex);
+    lsc::SampleQueue mQueue LSC_GUARDED_BY(mMutex);
+    bool mDropReported LSC_GUARDED_BY(mMutex) = false;  // reported once, until the next clear()
 };
 
 // Not synchronised: the registry's lock is held around every call and every access to the public fields. Their
@@ -63,8 +61,8 @@ public:
     // when there are none.
     void getSensorData(lsc::Samples& out, std::uint32_t frame, std::uint64_t timestamp);
 
-    // Ends the delivery, gives the provider instance back and empties the buffer. What the provider throws counts as
-    // little as its result.
+    // Ends the delivery, gives the provider instance back and empties the buffer. Result and exceptions of the provider
+    // are ignored.
     void disableSensor() noexcept;
 
     const std::int32_t mLogLevel;

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -18,14 +17,13 @@
 #include "customer/aaa/aaa/lsc/OisSpan.h"
 #include "customer/aaa/aaa/lsc/OisTrace.h"
 #include "customer/aaa/aaa/lsc/OtpCalibration.h"
+#include "customer/aaa/aaa/lsc/Settings.h"
 #include "customer/aaa/aaa/lsc/TarvoSensorMonitor.h"
+#include "customer/aaa/aaa/lsc/UnitLog.h"
 #include "platform/CustomerData.h"
 #include "platform/HalSensorList.h"
 #include "platform/OtpData.h"
 #include "platform/Properties.h"
-
-#define LSC_LOG_TAG "TarvoShadingCustomUtil"
-#include "aaa/aaa/lsc/ShadingLog.h"
 
 namespace {
 
@@ -40,29 +38,28 @@ using NSCam::Utils::SensorProvider;
 constexpr std::int32_t kTraceLevel = 3;        // every step of a calculation
 constexpr std::int32_t kEverySampleLevel = 4;  // every sample received
 
-constexpr std::uint32_t kMaxBufferedFrames = 30;
 constexpr std::uint32_t kProviderInterval = 1;
 
-constexpr unsigned int kFeatureAlways = 1;
-constexpr unsigned int kFeatureOisCompensation = 2;
-
-constexpr unsigned long CMD_GET_ROLLING_SHUTTER = 0x400F;
-constexpr unsigned long CMD_GET_OTP_INFO = 0x4049;
-
 // The member on whose behalf helpers log.
+constexpr char kQuerySensorInfo[] = "QuerySensorInfo";
 constexpr char kReadOtp[] = "ReadOTPInfo";
-constexpr char kCalcOisValue[] = "CalcOISValue";
 
 constexpr char kSensorUser[] = LSC_LOG_TAG;
 constexpr std::string_view kRemosaicCameraMode = "high_pixel_mode";
 
-constexpr std::uint8_t kBlockValid = 1;
 constexpr int kNoTiming = -1;         // status of a timing read without metadata
-constexpr unsigned int kNoFrame = 0;  // metadata carries no frame number
+constexpr unsigned int kNoFrame = 0;  // samples are looked up by time; metadata carries no frame number
 
 // Unsigned, so that a negative id is out of range as well.
-bool isValidSensorId(int sensorId) {
+bool hasOtpSlot(int sensorId) {
     return static_cast<unsigned int>(sensorId) < TarvoShadingCustomUtil::kMaxSensorNum;
+}
+
+// The same for the member `function`, which reports an id that it refuses.
+bool isValidSensorId(const char* function, int sensorId) {
+    if (hasOtpSlot(sensorId)) return true;
+    LSC_LOG_ERROR_AS(function, "sensorId(%d) is invalid !!!", sensorId);
+    return false;
 }
 
 std::int32_t readSetting(const char* key) noexcept {
@@ -89,130 +86,129 @@ std::string cameraModeName() {
     return metadata != nullptr ? metadata->getCameraModeName() : std::string();
 }
 
-// The sensor's OTP bytes, or null when the provider has none.
-const std::uint8_t* otpBytes(int sensorId) {
+// Sends a command through a sensor object of its own, and reports for QuerySensorInfo when there is none.
+void sendCommand(int sensorId, unsigned long command, unsigned long argument1, unsigned long argument2,
+                 unsigned long argument3) {
+    NSCam::IHalSensorList* const list = NSCam::IHalSensorList::get();
+    if (list == nullptr) {
+        LSC_LOG_ERROR_AS(kQuerySensorInfo, "pHalsensorList is null !!!");
+        return;
+    }
+    const std::uint32_t deviceId = list->querySensorDeviceId(sensorId);
+    const std::unique_ptr<NSCam::IHalSensor, ReleaseSensor> sensor(list->createSensor(kSensorUser, sensorId));
+    if (!sensor) {
+        LSC_LOG_ERROR_AS(kQuerySensorInfo, "pHalsensor is null !!!");
+        return;
+    }
+    sensor->sendCommand(deviceId, command, argument1, argument2, argument3);
+}
+
+// The sensor's OTP bytes, or null when the provider has none. One that throws has none.
+const std::uint8_t* otpBytes(int sensorId) noexcept {
     OTPData data = {};
-    if (TarvoOTPData* const provider = TarvoOTPData::getInstance()) provider->getOTPData(sensorId, data);
-    return data.isStored != 0 ? data.bytes : nullptr;
+    const bool answered = lsc::quietly([&] {
+        if (TarvoOTPData* const provider = TarvoOTPData::getInstance()) provider->getOTPData(sensorId, data);
+    });
+    return answered && data.isStored != 0 ? data.bytes : nullptr;
 }
 
-void readMultiGolden(int sensorId, const OTPInfo::MultiGolden& block, const std::uint8_t* otp, OTPState& state) {
-    if (!lsc::isPlausible(block)) {
+void logLayout(int sensorId, const OTPInfo& info) {
+    LSC_LOG_DEBUG_AS(
+        kReadOtp,
+        "sensorId:%d multiGolden[offset:%x, size:%d, valid:%x, gradient:%x, %x] oisCalibration[offset:%x, size:%d, "
+        "valid:%x, indexNum:%d, tableNumber:%d]",
+        sensorId, info.multiGolden.offset, dec(info.multiGolden.size), info.multiGolden.valid,
+        info.multiGolden.gradient, info.multiGolden.flag, info.oisCalibration.offset, dec(info.oisCalibration.size),
+        info.oisCalibration.valid, dec(info.oisCalibration.indexNum), dec(info.oisCalibration.tableNumber));
+}
+
+void logBlock(int sensorId, const OTPInfo::MultiGolden& layout, const lsc::GoldenBlock& block) {
+    if (block.state == lsc::BlockState::kOutside) {
         LSC_LOG_ERROR_AS(kReadOtp, "sensorId:%d, multiGolden[valid:%x, gradient:%x, %x] is not within %u bytes!!!",
-                         sensorId, block.valid, block.gradient, block.flag, lsc::kOtpMemorySize);
-        return;
+                         sensorId, layout.valid, layout.gradient, layout.flag, lsc::kOtpMemorySize);
+    } else if (block.state == lsc::BlockState::kNotValid) {
+        LSC_LOG_ERROR_AS(kReadOtp, "sensorId:%d, multiGolden is not valid(%d)!!!", sensorId, block.marker);
+    } else {
+        LSC_LOG_DEBUG_AS(kReadOtp, "sensorId:%d, multi_tbl_idx:%d multiGoldenValid:%d gradient:%d flag:%d", sensorId,
+                         block.tableIndex, block.marker, block.gradient.value, block.gradient.sign);
     }
-    const std::uint8_t valid = otp[block.valid];
-    if (valid != kBlockValid) {
-        LSC_LOG_ERROR_AS(kReadOtp, "sensorId:%d, multiGolden is not valid(%d)!!!", sensorId, valid);
-        return;
-    }
-    const auto [gradient, sign] = lsc::signedGradient(otp[block.gradient], otp[block.flag]);
-    state.multi_tbl_idx = lsc::multiTableIndex(gradient);
-    LSC_LOG_DEBUG_AS(kReadOtp, "sensorId:%d, multi_tbl_idx:%d multiGoldenValid:%d gradient:%d flag:%d", sensorId,
-                     state.multi_tbl_idx, kBlockValid, gradient, sign);
 }
 
-void readOisCalibration(int sensorId, const OTPInfo::OisCalibration& block, const std::uint8_t* otp, OTPState& state) {
-    if (!lsc::isPlausible(block)) {
+void logBlock(int sensorId, const OTPInfo::OisCalibration& layout, const lsc::CalibrationBlock& block) {
+    if (block.state == lsc::BlockState::kOutside) {
         LSC_LOG_ERROR_AS(
             kReadOtp,
             "sensorId:%d, oisCalibration[offset:%x, valid:%x, indexNum:%u, tableNumber:%u] is not within %u "
             "bytes!!!",
-            sensorId, block.offset, block.valid, block.indexNum, block.tableNumber, lsc::kOtpMemorySize);
-        return;
+            sensorId, layout.offset, layout.valid, layout.indexNum, layout.tableNumber, lsc::kOtpMemorySize);
+    } else if (block.state == lsc::BlockState::kNotValid) {
+        LSC_LOG_ERROR_AS(kReadOtp, "sensorId:%d, oisCalibration is not valid(%d)!!!", sensorId, block.marker);
+    } else if (block.state == lsc::BlockState::kNoMemory) {
+        LSC_LOG_ERROR_AS(kReadOtp, "sensorId:%d, no memory for oisCalibration of %zu bytes!!!", sensorId,
+                         lsc::storedBytes(layout));
+    } else {
+        LSC_LOG_DEBUG_AS(kReadOtp, "sensorId:%d, oisCalibration is valid(%d)", sensorId, block.marker);
     }
-    const std::uint8_t valid = otp[block.valid];
-    if (valid != kBlockValid) {
-        LSC_LOG_ERROR_AS(kReadOtp, "sensorId:%d, oisCalibration is not valid(%d)!!!", sensorId, valid);
-        return;
-    }
-    const std::size_t size = lsc::storedBytes(block);
-    state.oisCalibrationTable.reset(new (std::nothrow) std::uint8_t[size]());
-    if (!state.oisCalibrationTable) {
-        LSC_LOG_ERROR_AS(kReadOtp, "sensorId:%d, no memory for oisCalibration of %zu bytes!!!", sensorId, size);
-        return;
-    }
-    lsc::reorderTable(otp + block.offset, state.oisCalibrationTable.get(), size, block);
-    state.oisCalibrationValid = true;
-    LSC_LOG_DEBUG_AS(kReadOtp, "sensorId:%d, oisCalibration is valid(%d)", sensorId, kBlockValid);
 }
 
 }  // namespace
 
 // ---- The object -------------------------------------------------------------------------------------------------
 
-std::mutex TarvoShadingCustomUtil::mSingleMutex;
-TarvoShadingCustomUtil* TarvoShadingCustomUtil::mSingleInstance = nullptr;
+constinit std::mutex TarvoShadingCustomUtil::mSingleMutex;
+constinit TarvoShadingCustomUtil* TarvoShadingCustomUtil::mSingleInstance = nullptr;
 
 TarvoShadingCustomUtil::TarvoShadingCustomUtil() noexcept
-    : mLogLevel(readSetting("vendor.tarvo.3a.lscutil.log")),
-      mOisDumpEnable(readSetting("vendor.debug.capture.lsc.ois.dump")),
-      mOisCalCMode(readSetting("vendor.debug.ois.hall.calculation")),
-      mForceMultiTableIndex(readSetting("vendor.debug.lsc_mgr.otp_tbl_idx")),
-      mDisableOisCompensation(readSetting("vendor.camera.disable_ois_compensation")) {}
+    : mLogLevel(readSetting(lsc::setting::kLogLevel)),
+      mOisDumpEnable(readSetting(lsc::setting::kOisDump)),
+      mOisCalCMode(readSetting(lsc::setting::kOisCalculation)),
+      mForceMultiTableIndex(readSetting(lsc::setting::kForcedTableIndex)),
+      mDisableOisCompensation(readSetting(lsc::setting::kDisableCompensation)) {}
 
 // ---- Sensor and feature queries ---------------------------------------------------------------------------------
 
 bool TarvoShadingCustomUtil::IsSupportFeature(unsigned int feature, int sensorId) noexcept try {
-    if (!isValidSensorId(sensorId)) {
-        LSC_LOG_ERROR("sensorId(%d) is invalid !!!", sensorId);
-        return false;
-    }
+    if (!isValidSensorId(__func__, sensorId)) return false;
     if (feature == kFeatureOisCompensation) return readOtpOnce(sensorId).oisCalibrationValid;
     return feature == kFeatureAlways;
+} catch (...) {
+    return false;
 }
-LSC_OTHERWISE_RETURN(false)
 
 bool TarvoShadingCustomUtil::IsEnableOisCompensation(int sensorId, unsigned int /*argument*/) noexcept try {
-    if (!isValidSensorId(sensorId)) {
-        LSC_LOG_ERROR("sensorId(%d) is invalid !!!", sensorId);
-        return false;
-    }
+    if (!isValidSensorId(__func__, sensorId)) return false;
     if (mDisableOisCompensation >= 1) {
         LSC_LOG_DEBUG("preview Disable ois compensation");
         return false;
     }
     readOtpOnce(sensorId);
     return false;
+} catch (...) {
+    return false;
 }
-LSC_OTHERWISE_RETURN(false)
 
 bool TarvoShadingCustomUtil::IsSupportSeamlessSwitchForRemosaic(int sensorId) noexcept try {
-    if (!isValidSensorId(sensorId)) {
-        LSC_LOG_ERROR("sensorId(%d) is invalid !!!", sensorId);
-        return false;
-    }
+    if (!isValidSensorId(__func__, sensorId)) return false;
     if (cameraModeName() != kRemosaicCameraMode) return false;
     const bool supported = readOtpOnce(sensorId).oisCalibrationValid;
     LSC_LOG_DEBUG("sensorId(%d), IsSupportSeamlessSwitchForRemosaic(%d)", sensorId, supported);
     return supported;
+} catch (...) {
+    return false;
 }
-LSC_OTHERWISE_RETURN(false)
 
 bool TarvoShadingCustomUtil::IsEnabled(int sensorId) noexcept try {
     const std::lock_guard lock(mSensorMonitorMutex);
     const TarvoSensorMonitor* const monitor = findMonitor(sensorId);
     return monitor != nullptr && monitor->mEnabled;
+} catch (...) {
+    return false;
 }
-LSC_OTHERWISE_RETURN(false)
 
 void TarvoShadingCustomUtil::QuerySensorInfo(int sensorId, unsigned long command, unsigned long argument1,
-                                             unsigned long argument2, unsigned long argument3) noexcept try {
-    NSCam::IHalSensorList* const list = NSCam::IHalSensorList::get();
-    if (list == nullptr) {
-        LSC_LOG_ERROR("pHalsensorList is null !!!");
-        return;
-    }
-    const std::uint32_t deviceId = list->querySensorDeviceId(sensorId);
-    const std::unique_ptr<NSCam::IHalSensor, ReleaseSensor> sensor(list->createSensor(kSensorUser, sensorId));
-    if (!sensor) {
-        LSC_LOG_ERROR("pHalsensor is null !!!");
-        return;
-    }
-    sensor->sendCommand(deviceId, command, argument1, argument2, argument3);
+                                             unsigned long argument2, unsigned long argument3) noexcept {
+    lsc::quietly([&] { sendCommand(sensorId, command, argument1, argument2, argument3); });
 }
-LSC_OTHERWISE_RETURN()
 
 // ---- OTP calibration --------------------------------------------------------------------------------------------
 
@@ -222,99 +218,106 @@ const OTPState& TarvoShadingCustomUtil::readOtpOnce(int sensorId) {
     return mOTPState[sensorId];
 }
 
-void TarvoShadingCustomUtil::ReadOTPInfo(int sensorId) noexcept try {
-    if (!isValidSensorId(sensorId) || mOTPState[sensorId].isRead) return;
+void TarvoShadingCustomUtil::ReadOTPInfo(int sensorId) noexcept {
+    if (!hasOtpSlot(sensorId) || mOTPState[sensorId].isRead) return;
     mOTPState[sensorId].isRead = true;
 
     OTPInfo& info = mOTPInfo[sensorId];
     std::int32_t driverSensorId = sensorId;
-    QuerySensorInfo(sensorId, CMD_GET_OTP_INFO, addressOf(&driverSensorId), addressOf(&info), 0);
+    const bool answered = lsc::quietly(
+        [&] { sendCommand(sensorId, NSCam::CMD_GET_OTP_INFO, addressOf(&driverSensorId), addressOf(&info), 0); });
+    if (!answered) info = {};  // a driver that throws may have written half a record
     if (info.enable == 0) return;
-    LSC_LOG_DEBUG(
-        "sensorId:%d multiGolden[offset:%x, size:%d, valid:%x, gradient:%x, %x] oisCalibration[offset:%x, size:%d, "
-        "valid:%x, indexNum:%d, tableNumber:%d]",
-        sensorId, info.multiGolden.offset, dec(info.multiGolden.size), info.multiGolden.valid,
-        info.multiGolden.gradient, info.multiGolden.flag, info.oisCalibration.offset, dec(info.oisCalibration.size),
-        info.oisCalibration.valid, dec(info.oisCalibration.indexNum), dec(info.oisCalibration.tableNumber));
+    logLayout(sensorId, info);
 
     const std::uint8_t* const otp = otpBytes(sensorId);
     if (otp == nullptr) {
         LSC_LOG_ERROR("Not to stored OTPData !!!");
         return;
     }
-    readMultiGolden(sensorId, info.multiGolden, otp, mOTPState[sensorId]);
-    readOisCalibration(sensorId, info.oisCalibration, otp, mOTPState[sensorId]);
+    OTPState& state = mOTPState[sensorId];
+    const lsc::GoldenBlock golden = lsc::decodeBlock(info.multiGolden, otp);
+    state.multi_tbl_idx = golden.tableIndex;
+    logBlock(sensorId, info.multiGolden, golden);
+
+    lsc::CalibrationBlock calibration = lsc::decodeBlock(info.oisCalibration, otp);
+    state.oisCalibrationTable = std::move(calibration.table);
+    state.oisCalibrationValid = calibration.state == lsc::BlockState::kValid;
+    logBlock(sensorId, info.oisCalibration, calibration);
 }
-LSC_OTHERWISE_RETURN()
 
 void TarvoShadingCustomUtil::SwapOTPInfo(unsigned char* source, unsigned char* destination, int sensorId) noexcept {
-    if (source == nullptr || destination == nullptr || !isValidSensorId(sensorId)) return;
-    const OTPInfo::OisCalibration& block = mOTPInfo[sensorId].oisCalibration;
-    if (lsc::tableBytes(block) > lsc::kOtpMemorySize) return;
-    lsc::reorderTable(source, destination, lsc::tableBytes(block), block);
+    if (!isValidSensorId(__func__, sensorId)) return;
+    if (source == nullptr || destination == nullptr) {
+        LSC_LOG_ERROR("sensorId:%d, source or destination is null !!!", sensorId);
+        return;
+    }
+    const OTPInfo::OisCalibration& layout = mOTPInfo[sensorId].oisCalibration;
+    if (lsc::tableBytes(layout) > lsc::kOtpMemorySize) {
+        LSC_LOG_ERROR("sensorId:%d, oisCalibration[indexNum:%u, tableNumber:%u] is not within %u bytes!!!", sensorId,
+                      layout.indexNum, layout.tableNumber, lsc::kOtpMemorySize);
+        return;
+    }
+    lsc::reorderTable(source, destination, lsc::tableBytes(layout), layout);
 }
 
 void TarvoShadingCustomUtil::QueryOTPInfo(int* array, unsigned long length, int sensorId) noexcept try {
-    if (!isValidSensorId(sensorId)) {
-        LSC_LOG_ERROR("sensorId(%d) is invalid !!!", sensorId);
-        return;
-    }
+    if (!isValidSensorId(__func__, sensorId)) return;
     const OTPState& state = readOtpOnce(sensorId);
     if (!state.oisCalibrationValid || (array == nullptr && length != 0)) return;
     // The platform counts the array's bytes in 32 bits.
     const std::uint32_t arrayBytes = static_cast<std::uint32_t>(length) * std::uint32_t{sizeof *array};
-    const OTPInfo::OisCalibration& block = mOTPInfo[sensorId].oisCalibration;
-    const std::size_t size = std::min(arrayBytes, block.size);
-    const std::size_t stored = std::min(size, lsc::storedBytes(block));
     // Bytes, because the table need not end with an integer.
     auto* const bytes = reinterpret_cast<std::uint8_t*>(array);
-    std::fill_n(std::copy_n(state.oisCalibrationTable.get(), stored, bytes), size - stored, std::uint8_t{0});
+    const std::size_t size =
+        lsc::copyTable(state.oisCalibrationTable.get(), mOTPInfo[sensorId].oisCalibration, bytes, arrayBytes);
     LSC_LOG_DEBUG("sensorId:%d, array_size:%zu, size:%zu", sensorId, std::size_t{length}, size);
+} catch (...) {
+    return;
 }
-LSC_OTHERWISE_RETURN()
 
 void TarvoShadingCustomUtil::GetMultiTableIndex(int& index, int sensorId) noexcept try {
     index = 0;
-    if (!isValidSensorId(sensorId)) {
-        LSC_LOG_ERROR("sensorId(%d) is invalid !!!", sensorId);
-        return;
-    }
+    if (!isValidSensorId(__func__, sensorId)) return;
     if (mForceMultiTableIndex >= 1) {
         index = mForceMultiTableIndex;
         LSC_LOG_DEBUG("Force prop set multi_tbl_idx:%d", index);
         return;
     }
     index = readOtpOnce(sensorId).multi_tbl_idx;
+} catch (...) {
+    return;
 }
-LSC_OTHERWISE_RETURN()
 
 void TarvoShadingCustomUtil::StoreRollingShutter(int sensorId, unsigned int sensorMode) noexcept try {
     const std::lock_guard lock(mSensorMonitorMutex);
     TarvoSensorMonitor* const monitor = findMonitor(sensorId);
     if (monitor == nullptr) return;
     std::uint32_t rollingShutter = 0;
-    QuerySensorInfo(sensorId, CMD_GET_ROLLING_SHUTTER, addressOf(&rollingShutter), 0, addressOf(&sensorMode));
+    QuerySensorInfo(sensorId, NSCam::CMD_GET_ROLLING_SHUTTER, addressOf(&rollingShutter), 0, addressOf(&sensorMode));
     monitor->mRollingShutter = rollingShutter;
     monitor->mSensorMode = sensorMode;
     LSC_LOG_DEBUG("sensorId:%d, rolling_shutter:%u sensorMode:%u", sensorId, rollingShutter, sensorMode);
+} catch (...) {
+    return;
 }
-LSC_OTHERWISE_RETURN()
 
 unsigned int TarvoShadingCustomUtil::QueryRollingShutter(int sensorId) noexcept try {
     const std::lock_guard lock(mSensorMonitorMutex);
     const TarvoSensorMonitor* const monitor = findMonitor(sensorId);
     return monitor != nullptr ? monitor->mRollingShutter : 0;
+} catch (...) {
+    return 0;
 }
-LSC_OTHERWISE_RETURN(0)
 
 // ---- Sample buffer ----------------------------------------------------------------------------------------------
 
 TarvoShadingCustomUtil::TarvoSensorData::TarvoSensorData(std::uint32_t maxQueueSize, std::int32_t logLevel)
-    : mMaxQueueSize(maxQueueSize), mLogLevel(logLevel) {}
+    : mLogLevel(logLevel), mQueue(maxQueueSize) {}
 
 void TarvoShadingCustomUtil::TarvoSensorData::pushValue(std::uint32_t frame, lsc::Samples& data) {
+    using Fate = lsc::SampleQueue::Fate;
     const std::lock_guard lock(mMutex);
-    if (data.empty()) return;
     if (mLogLevel >= kEverySampleLevel) {
         for (std::size_t i = 0; i < data.size(); ++i) {
             LSC_LOG_DEBUG("index:%zu, timestamp:%llu, OIS_X:%f OIS_Y:%f, oisHall_X:%f oisHall_Y:%f", i,
@@ -322,71 +325,58 @@ void TarvoShadingCustomUtil::TarvoSensorData::pushValue(std::uint32_t frame, lsc
                           wide(data[i].oisHallY));
         }
     }
-
-    // What can fail works on copies, so that a failure leaves queue and list as they were.
-    lsc::Samples batch(data);
-    lsc::sortByTime(batch);
-    const auto relation = mQueue.empty() ? lsc::BatchRelation::kFollows : lsc::relationOf(mQueue.back().samples, batch);
-    if (relation == lsc::BatchRelation::kStale) {
-        data.swap(batch);
-        return;
+    const auto filing = mQueue.push(frame, data);
+    if (filing.fate == Fate::kEmpty || filing.fate == Fate::kDiscarded) return;
+    if (filing.dropped != 0 && !mDropReported) {
+        LSC_LOG_ERROR("more than %zu samples buffered, the oldest are dropped !!!", lsc::kMaxBufferedSamples);
+        mDropReported = true;
     }
-    if (relation == lsc::BatchRelation::kOverlaps) {
-        lsc::SplitBatches split = lsc::splitBatches(mQueue.back().samples, batch);
-        if (!split.newer.empty()) mQueue.push_back({frame, split.newer});
-        auto older = mQueue.end() - (split.newer.empty() ? 1 : 2);
-        older->samples.swap(split.older);
-        data.swap(split.newer);
+    if (filing.fate == Fate::kSplit) {
         LSC_LOG_DEBUG_IF(mLogLevel != 0, "split data frameNumber: %d lastData:%zu data:%zu splitTime:%llu", dec(frame),
-                         older->samples.size(), data.size(), llu(split.splitTime));
-        if (older->samples.empty()) mQueue.erase(older);
-        if (data.empty()) return;
-    } else {
-        mQueue.push_back({frame, std::move(batch)});
-        const lsc::Samples& filed = mQueue.back().samples;
-        data.assign(filed.begin(), filed.end());  // has the room
+                         filing.olderSamples, data.size(), llu(filing.splitTime));
     }
+    if (data.empty()) return;
     LSC_LOG_DEBUG_IF(mLogLevel != 0, "F:(%u) dataSize:%zu start-end(%llu-%llu)", frame, data.size(),
                      llu(data.front().timestamp), llu(data.back().timestamp));
-    if (mQueue.size() > mMaxQueueSize) mQueue.pop_front();
 }
 
 void TarvoShadingCustomUtil::TarvoSensorData::getDataByFrame(std::uint32_t frame, lsc::Samples& out) {
     const std::lock_guard lock(mMutex);
-    const auto newest = std::find_if(mQueue.rbegin(), mQueue.rend(),
-                                     [frame](const lsc::FrameEntry& entry) { return entry.frame == frame; });
-    if (newest != mQueue.rend()) lsc::Samples(newest->samples).swap(out);
+    if (const lsc::Samples* const samples = mQueue.byFrame(frame)) lsc::Samples(*samples).swap(out);
 }
 
 void TarvoShadingCustomUtil::TarvoSensorData::getDataByTimestamp(std::uint64_t timestamp, lsc::Samples& out) {
     const std::lock_guard lock(mMutex);
-    const std::size_t total = lsc::totalSamples(mQueue);
+    const std::size_t total = mQueue.sampleCount();
     LSC_LOG_DEBUG_IF(mLogLevel != 0, "total data size:%zu", total);
-    const auto match = lsc::firstNotBefore(mQueue, timestamp);
+    const auto match = mQueue.firstNotBefore(timestamp);
     if (!match || total < lsc::kWindowSize) {
         LSC_LOG_ERROR("no data matched !!!");
         return;
     }
     LSC_LOG_DEBUG_IF(mLogLevel != 0, "match data offset:%zu timestamp:%llu", match->offset, llu(match->timestamp));
-    lsc::copyWindow(mQueue, total, match->offset).swap(out);
+    mQueue.around(*match).swap(out);
 }
 
 std::size_t TarvoShadingCustomUtil::TarvoSensorData::frameCount() {
     const std::lock_guard lock(mMutex);
-    return mQueue.size();
+    return mQueue.frameCount();
 }
 
 void TarvoShadingCustomUtil::TarvoSensorData::clear() {
     const std::lock_guard lock(mMutex);
     mQueue.clear();
-    mQueue.shrink_to_fit();
+    mDropReported = false;
 }
 
 // ---- Sensor monitor ---------------------------------------------------------------------------------------------
 
 TarvoShadingCustomUtil::TarvoSensorMonitor::TarvoSensorMonitor(std::int32_t logLevel, std::int32_t sensorId,
                                                                eSensorType sensorType)
-    : mLogLevel(logLevel), mSensorId(sensorId), mSensorType(sensorType), mSensorData(kMaxBufferedFrames, logLevel) {}
+    : mLogLevel(logLevel),
+      mSensorId(sensorId),
+      mSensorType(sensorType),
+      mSensorData(lsc::kMaxBufferedFrames, logLevel) {}
 
 TarvoShadingCustomUtil::TarvoSensorMonitor::~TarvoSensorMonitor() {
     disableSensor();
@@ -426,7 +416,7 @@ void TarvoShadingCustomUtil::TarvoSensorMonitor::updateSensorData(std::uint32_t 
     }
     mSensorData.pushValue(frame, samples);
     if (mLogLevel == 0) return;
-    // A division may have left nothing of the batch.
+    // A split may leave nothing of the batch.
     const std::int64_t first = samples.empty() ? 0 : samples.front().timestamp;
     const std::int64_t last = samples.empty() ? 0 : samples.back().timestamp;
     LSC_LOG_DEBUG("update sensor data F:(%u) TS:(%llu) size:%zu, queue size:%zu, timestamp interval:%llu - %llu", frame,
@@ -474,8 +464,9 @@ bool TarvoShadingCustomUtil::RegisterSensorMonitor(int sensorId, unsigned int se
         std::make_shared<TarvoSensorMonitor>(mLogLevel, sensorId, static_cast<eSensorType>(sensorType)));
     LSC_LOG_DEBUG("Register Sensor Monitor sensorId:%d sensorType:%d", sensorId, dec(sensorType));
     return true;
+} catch (...) {
+    return false;
 }
-LSC_OTHERWISE_RETURN(false)
 
 bool TarvoShadingCustomUtil::StartSensorMonitor(int sensorId) noexcept try {
     const std::lock_guard lock(mSensorMonitorMutex);
@@ -487,8 +478,9 @@ bool TarvoShadingCustomUtil::StartSensorMonitor(int sensorId) noexcept try {
     if (!monitor->enableSensor()) return false;
     LSC_LOG_DEBUG("Enable Sensor Monitor sensorId:%d", sensorId);
     return true;
+} catch (...) {
+    return false;
 }
-LSC_OTHERWISE_RETURN(false)
 
 void TarvoShadingCustomUtil::UnRegisterSensorMonitor(int sensorId) noexcept try {
     const std::lock_guard lock(mSensorMonitorMutex);
@@ -498,14 +490,16 @@ void TarvoShadingCustomUtil::UnRegisterSensorMonitor(int sensorId) noexcept try 
     (*found)->disableSensor();
     mSensorMonitors.erase(found);
     LSC_LOG_DEBUG("Stop sensorId:%d, mSensorMonitors.size:%zu", sensorId, mSensorMonitors.size());
+} catch (...) {
+    return;
 }
-LSC_OTHERWISE_RETURN()
 
 void TarvoShadingCustomUtil::UpdateSensorData(int sensorId, unsigned int frame, unsigned long timestamp) noexcept try {
     const std::lock_guard lock(mSensorMonitorMutex);
     if (TarvoSensorMonitor* const monitor = findMonitor(sensorId)) monitor->updateSensorData(frame, timestamp);
+} catch (...) {
+    return;
 }
-LSC_OTHERWISE_RETURN()
 
 void TarvoShadingCustomUtil::QuerySensorData(std::vector<NSCam::Utils::SensorData>& samples, int sensorId,
                                              unsigned int frame, unsigned long timestamp) noexcept try {
@@ -517,45 +511,25 @@ void TarvoShadingCustomUtil::QuerySensorData(std::vector<NSCam::Utils::SensorDat
     }
     monitor->getSensorData(samples, frame, timestamp);
     LSC_LOG_DEBUG_IF(mLogLevel != 0, "get sensor data size:%zu", samples.size());
+} catch (...) {
+    return;
 }
-LSC_OTHERWISE_RETURN()
 
 // ---- OIS value calculation --------------------------------------------------------------------------------------
 
 namespace {
 
-// Both vectors get their memory before either changes.
+// Both vectors get their memory before either changes; one that is passed as both takes all four values.
 void storePosition(const lsc::LensPosition& position, std::vector<double>& x, std::vector<double>& y) {
-    x.reserve(2);
-    y.reserve(2);
-    x.assign({wide(position.x), 0.0});
-    y.assign({wide(position.y), 0.0});
-}
-
-bool isDumped(CustShadingType type) {
-    return type == CustShadingType::kSingleExposure || type == CustShadingType::kMultiExposureNe ||
-           type == CustShadingType::kMultiExposureSe;
-}
-
-void logQuery(int sensorId, std::uint32_t type, const lsc::Samples& samples, const lsc::ExposureTimes& times,
-              std::int64_t timeOffset) {
-    LSC_LOG_DEBUG_AS(
-        kCalcOisValue,
-        "sensorId = %d, type = %u, oisCount = %u, sof_timestamp = %llu, exposure_time = %llu, shutter_time = %u, "
-        "timeDiff = %lld",
-        sensorId, type, static_cast<unsigned int>(samples.size()), llu(times.startUs), llu(times.exposureUs),
-        times.shutterUs, lld(timeOffset));
-}
-
-// What the caller's vectors hold, from this calculation or from before it.
-void logPosition(int sensorId, unsigned int frame, std::int32_t mode, const std::vector<double>& x,
-                 const std::vector<double>& y) {
-    if (x.empty() || y.empty()) return;
-    LSC_LOG_DEBUG_AS(
-        kCalcOisValue,
-        "sensorId = %d, frameId = %d, mOisCalCMode = %d, out_frame_ois_size(%zu, %zu), out_frame_ois0(x = %lf, "
-        "y=%lf), out_frame_ois1(x = %lf, y=%lf)",
-        sensorId, dec(frame), mode, x.size(), y.size(), x.front(), y.front(), x.back(), y.back());
+    constexpr std::size_t kValues = 2;
+    x.reserve(2 * kValues);
+    y.reserve(2 * kValues);
+    x.clear();
+    y.clear();
+    x.push_back(wide(position.x));
+    y.push_back(wide(position.y));
+    x.push_back(0.0);
+    y.push_back(0.0);
 }
 
 }  // namespace
@@ -576,7 +550,7 @@ void TarvoShadingCustomUtil::CalcOISValue(CustShadingType type, const CalcOISVal
     lsc::Samples samples;
     QuerySensorData(samples, sensorId, kNoFrame, times.sofNs);
     const std::int64_t timeOffset = lsc::sampleTimeOffset(times);
-    logQuery(sensorId, typeNumber, samples, times, timeOffset);
+    lsc::logParameters(sensorId, typeNumber, samples.size(), times, timeOffset);
     if (samples.empty()) return;
 
     if (tracing) lsc::traceSamples(samples);
@@ -597,12 +571,14 @@ void TarvoShadingCustomUtil::CalcOISValue(CustShadingType type, const CalcOISVal
         lsc::traceReduction(active, times, span);
     }
     if (const auto position = lsc::reduceSpan(active, span, mOisCalCMode)) storePosition(*position, *x, *y);
-    if (mOisDumpEnable != 0 && isDumped(type)) {
-        lsc::writeOisHallDump(sensorId, frame, times, active, span, *x, *y);
+    if (mOisDumpEnable != 0 && lsc::isDumped(type) &&
+        !lsc::writeOisHallDump(sensorId, frame, times, active, span, *x, *y)) {
+        LSC_LOG_ERROR("sensorId:%d, the OIS hall dump of frame %u is not complete !!!", sensorId, frame);
     }
-    logPosition(sensorId, frame, mOisCalCMode, *x, *y);
+    lsc::logOutputs(sensorId, frame, mOisCalCMode, *x, *y);
+} catch (...) {
+    return;
 }
-LSC_OTHERWISE_RETURN()
 
 // ---- Metadata exchange ------------------------------------------------------------------------------------------
 
@@ -615,8 +591,9 @@ int TarvoShadingCustomUtil::fillLscCalcOISValueInputInfo(NSCam::IMetadata* metad
                   llu(timing.sof_timestamp), llu(timing.sof_timestamp_ne), llu(timing.sof_timestamp_se),
                   llu(timing.exposure_time), llu(timing.exposure_time_ne), llu(timing.exposure_time_se));
     return status;
+} catch (...) {
+    return kNoTiming;
 }
-LSC_OTHERWISE_RETURN(kNoTiming)
 
 void TarvoShadingCustomUtil::fillLscOISCompInfo(int sensorId, NSCam::IMetadata* metadata) noexcept try {
     if (metadata == nullptr || !IsSupportFeature(kFeatureOisCompensation, sensorId)) return;
@@ -635,8 +612,10 @@ void TarvoShadingCustomUtil::fillLscOISCompInfo(int sensorId, NSCam::IMetadata* 
         std::vector<double> y;
         CalcOISValue(exposure.type, timing, &x, &y, kNoFrame, sensorId);
         if (x.empty() || x.size() != y.size()) continue;
-        if (!lsc::writeOisValues(*metadata, exposure, x, y)) continue;
+        // A platform that throws is no reason to leave out the other exposure.
+        if (!lsc::quietly([&] { lsc::writeOisValues(*metadata, exposure, x, y); })) continue;
         LSC_LOG_DEBUG("cust_lsc_type:%d fill OIS value success!!!", dec(exposure.type));
     }
+} catch (...) {
+    return;
 }
-LSC_OTHERWISE_RETURN()

@@ -53,8 +53,8 @@ public:
 
     // Writes the OIS calibration table at `source` reordered to `destination`, both 2 * rows * entries bytes as the
     // sensor's layout record says: entry 0 of a row stays, entries 1 to n - 1 are reversed. They must not overlap, and
-    // the sensor's OTP read must be over. Nothing is written for an id outside 0 to 13, a null pointer, or a table
-    // larger than an OTP memory.
+    // the sensor's OTP read must be over. An id outside 0 to 13, a null pointer and a table larger than an OTP memory
+    // are refused with an error message.
     void SwapOTPInfo(unsigned char* source, unsigned char* destination, int sensorId) noexcept;
 
     void GetMultiTableIndex(int& index, int sensorId) noexcept;
@@ -67,7 +67,7 @@ public:
     // ---- Sensor monitors; any signed id is a key ----------------------------------------------------------------
 
     bool RegisterAndStartSensorMonitor(int sensorId, unsigned int sensorType) noexcept;
-    // Adds a monitor that is not started yet, unless the sensor has one, whose type then stands. True when the sensor
+    // Adds a monitor that is not started yet, unless the sensor has one, which keeps its type. True when the sensor
     // has a monitor afterwards, false when there was no memory for one.
     bool RegisterSensorMonitor(int sensorId, unsigned int sensorType) noexcept;
     // Starts the sensor's monitor; true when it runs.
@@ -97,18 +97,18 @@ public:
 
 private:
     LSC_HIDDEN TarvoSensorMonitor* findMonitor(int sensorId) LSC_REQUIRES(mSensorMonitorMutex);
-    // Makes sure that the sensor's OTP read has been tried, and gives its result; for a valid id.
+    // Reads the sensor's OTP memory unless that was tried before, and returns the result. The id must be valid.
     LSC_HIDDEN const OTPState& readOtpOnce(int sensorId);
 
     std::mutex mSensorMonitorMutex;
     std::vector<std::shared_ptr<TarvoSensorMonitor>> mSensorMonitors LSC_GUARDED_BY(mSensorMonitorMutex);
 
-    // Settings: constant after construction, each 0 when its property is unset.
-    std::int32_t mLogLevel = 0;                // vendor.tarvo.3a.lscutil.log
-    std::int32_t mOisDumpEnable = 0;           // vendor.debug.capture.lsc.ois.dump: not 0 writes the hall dump
-    std::int32_t mOisCalCMode = 0;             // vendor.debug.ois.hall.calculation: see OisSpan.h
-    std::int32_t mForceMultiTableIndex = 0;    // vendor.debug.lsc_mgr.otp_tbl_idx: 1 or more is the answer
-    std::int32_t mDisableOisCompensation = 0;  // vendor.camera.disable_ois_compensation: 1 or more disables
+    // Settings (Settings.h): constant after construction.
+    std::int32_t mLogLevel = 0;
+    std::int32_t mOisDumpEnable = 0;
+    std::int32_t mOisCalCMode = 0;
+    std::int32_t mForceMultiTableIndex = 0;
+    std::int32_t mDisableOisCompensation = 0;
 
     OTPState mOTPState[kMaxSensorNum];
     OTPInfo mOTPInfo[kMaxSensorNum] = {};

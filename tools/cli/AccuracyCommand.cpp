@@ -1,0 +1,174 @@
+#include "tools/cli/AccuracyCommand.h"
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include "tools/cli/Apart.h"
+#include "tools/cli/Files.h"
+#include "tools/play/Player.h"
+#include "tools/report/Accuracy.h"
+#include "tools/session/Csv.h"
+#include "tools/session/Errors.h"
+
+namespace replay {
+namespace {
+
+constexpr const char* kExamples = R"(Examples:
+  lsc_replay accuracy session.jsonl                           compared with the session's samples
+  lsc_replay accuracy --truth path.csv session.jsonl          compared with a path: columns time_ns, x, y)";
+
+struct Arguments {
+    std::string session;
+    std::string truth;  // empty: none
+    double stampDelayUs = 0;
+    std::optional<std::int32_t> sensor;
+};
+
+// What the process of one mode finds; as its bytes, since both processes are the same program.
+struct Findings {
+    std::int32_t sensor = 0;
+    std::uint64_t served = 0;
+    Accuracy all;
+    std::array<Accuracy, kExposureClasses> byExposure;
+    Accuracy samples;  // of the samples weighted over each exposure, against a given path
+};
+static_assert(std::is_trivially_copyable_v<Findings>);
+
+LensPath readTruth(const std::string& path) {
+    std::ifstream input = openInput(path);
+    CsvReader reader(input, path, "time_ns,x,y");
+    std::vector<PathPoint> points;
+    for (std::vector<std::string> row = reader.next(); !row.empty(); row = reader.next())
+        points.push_back({reader.integer(row[0]), {reader.decimal(row[1]), reader.decimal(row[2])}});
+    return LensPath(std::move(points));
+}
+
+// The sensor asked for; without one, that with the lowest id.
+std::int32_t sensorIn(const Recording& recording, const Arguments& arguments) {
+    const auto& sensors = recording.sensors();
+    if (sensors.empty()) throw StreamError("no accuracy: the session has neither samples nor frames");
+    const std::int32_t sensor = arguments.sensor.value_or(sensors.begin()->first);
+    if (!sensors.contains(sensor)) throw StreamError(fmt::format("no accuracy: the session has no sensor {}", sensor));
+    return sensor;
+}
+
+Findings playInMode(std::int32_t mode, const Arguments& arguments) {
+    std::ifstream session = openInput(arguments.session);
+    Recording recording;
+    PlayOptions options;
+    options.name = arguments.session;
+    options.observers = {&recording};
+    options.calculationMode = mode;
+    play(session, options);
+    recording.finish();
+
+    const std::int32_t sensor = sensorIn(recording, arguments);
+    const SensorRecording& recorded = recording.sensors().at(sensor);
+    const LensPath samples = pathOf(recorded, std::llround(arguments.stampDelayUs * lsc::kNsPerUs));
+    const LensPath path = arguments.truth.empty() ? samples : readTruth(arguments.truth);
+    const std::vector<Served> served = servedOf(recorded);
+    Findings found{sensor, served.size(), accuracyOf(served, path), accuracyByExposure(served, path), {}};
+    if (!arguments.truth.empty()) found.samples = accuracyOf(weighted(served, samples), path);
+    return found;
+}
+
+std::string bytesOf(const Findings& findings) {
+    return {reinterpret_cast<const char*>(&findings), sizeof findings};  // trivially copyable
+}
+
+Findings findingsIn(const std::string& bytes) {
+    Findings findings;
+    std::memcpy(&findings, bytes.data(), sizeof findings);
+    return findings;
+}
+
+std::string lagText(const std::optional<Lag>& lag) {
+    return lag ? fmt::format("{:>9.0f}", static_cast<double>(lag->ns) / lsc::kNsPerUs) : fmt::format("{:>9}", "-");
+}
+
+void printRow(const std::string& label, const Accuracy& of) {
+    std::cout << fmt::format("{:<9}{:>10}", label, of.exposures);
+    for (const double ErrorSize::*size : {&ErrorSize::rms, &ErrorSize::most, &ErrorSize::worst})
+        std::cout << fmt::format("  {:>7.3f} {:>7.3f} {:>7.3f}", of.x.*size, of.y.*size, of.both.*size);
+    std::cout << lagText(of.lag) << (of.lag ? fmt::format(" {:>9.3f}", of.lag->restRms) : "") << '\n';
+}
+
+constexpr std::array<const char*, 4> kModeNames{"mean", "largest", "middle", "last"};
+
+void printTable(const std::vector<Findings>& modes, const Arguments& arguments) {
+    const std::string path = arguments.truth.empty() ? "the hall samples" : arguments.truth;
+    std::cout << fmt::format("sensor {}: {} positions, compared with {}\n\n", modes[0].sensor, modes[0].served, path)
+              << fmt::format("{:<19}  {:<23}  {:<23}  {:<23}{:>9}{:>10}\n", "", "rms", "95 %", "worst", "lag", "rms")
+              << fmt::format("{:<9}{:>10}", "mode", "positions")
+              << fmt::format("  {0:>7} {1:>7} {2:>7}  {0:>7} {1:>7} {2:>7}  {0:>7} {1:>7} {2:>7}", "x", "y", "both")
+              << fmt::format("{:>9}{:>10}\n", "(us)", "without");
+    for (std::size_t mode = 0; mode < modes.size(); ++mode)
+        printRow(kModeNames[mode], modes[mode].all);
+    if (!arguments.truth.empty()) printRow("weighted", modes[0].samples);
+}
+
+std::string className(std::size_t index) {
+    if (index == 0) return "0 to 1";
+    const auto from = 1U << (index - 1);
+    return index + 1 < kExposureClasses ? fmt::format("{} to {}", from, 2 * from) : fmt::format("{} or more", from);
+}
+
+void printClasses(const std::vector<Findings>& modes) {
+    std::cout << fmt::format("\n{:<14}{:>5}", "exposure", "");
+    for (const char* const name : kModeNames)
+        std::cout << fmt::format("  {:^16}", name);
+    std::cout << fmt::format("\n{:<10}{:>9}", "(ms)", "positions");
+    for (std::size_t mode = 0; mode < modes.size(); ++mode)
+        std::cout << fmt::format("  {:>7}{:>9}", "rms", "lag (us)");
+    for (std::size_t i = 0; i < kExposureClasses; ++i) {
+        if (modes[0].byExposure[i].exposures == 0) continue;
+        std::cout << fmt::format("\n{:<10}{:>9}", className(i), modes[0].byExposure[i].exposures);
+        for (const Findings& mode : modes)
+            std::cout << fmt::format("  {:>7.3f}", mode.byExposure[i].both.rms) << lagText(mode.byExposure[i].lag);
+    }
+    std::cout << '\n';
+}
+
+void showAccuracy(const Arguments& arguments) {
+    std::vector<Apart> processes;
+    for (std::int32_t mode = lsc::kMean; lsc::isReduction(mode); ++mode)
+        processes.emplace_back([mode, &arguments] { return bytesOf(playInMode(mode, arguments)); });
+    std::vector<Findings> modes;
+    for (Apart& process : processes)
+        modes.push_back(findingsIn(process.take()));
+    printTable(modes, arguments);
+    printClasses(modes);
+    if (!std::cout.flush()) throw StreamError("the table cannot be written");
+}
+
+}  // namespace
+
+void addAccuracyCommand(CLI::App& app) {
+    const auto arguments = std::make_shared<Arguments>();  // lives as long as the callback
+    CLI::App* const command =
+        app.add_subcommand("accuracy", "Says how far the positions are from where the lens was, in every mode.");
+    command->footer(kExamples);
+    command->add_option("SESSION", arguments->session, "Session file, one JSON object a line")->required();
+    command->add_option("--truth", arguments->truth, "Path of the lens to compare with, instead of the samples")
+        ->type_name("FILE");
+    command->add_option("--stamp-delay", arguments->stampDelayUs, "How late the time stamps of the samples are")
+        ->type_name("US")
+        ->check(CLI::Range(-1e9, 1e9));
+    command->add_option("--sensor", arguments->sensor, "Sensor to compare (default: the one with the lowest id)")
+        ->type_name("ID");
+    command->callback([arguments] { showAccuracy(*arguments); });
+}
+
+}  // namespace replay

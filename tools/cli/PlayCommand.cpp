@@ -1,0 +1,310 @@
+#include "tools/cli/PlayCommand.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <system_error>
+
+#include <CLI/CLI.hpp>
+
+#include "tools/cli/Files.h"
+#include "tools/cli/Progress.h"
+#include "tools/play/Player.h"
+#include "tools/report/Comparison.h"
+#include "tools/report/Cost.h"
+#include "tools/report/ExposureRows.h"
+#include "tools/report/Gzip.h"
+#include "tools/report/Junit.h"
+#include "tools/report/Plot.h"
+#include "tools/report/Recording.h"
+#include "tools/report/Statistics.h"
+#include "tools/report/Summary.h"
+#include "tools/report/SummaryJson.h"
+#include "tools/report/Table.h"
+#include "tools/report/Trace.h"
+#include "tools/session/Errors.h"
+
+namespace replay {
+namespace {
+
+constexpr const char* kExamples = R"(Examples:
+  lsc_replay session.jsonl                                    which frames got a position, and why not
+  lsc_replay --results results.jsonl session.jsonl            every result, exactly
+  lsc_replay --plot picture.png --from 2900 --to 3150 session.jsonl
+  lsc_replay --trace trace.json session.jsonl                 for a trace viewer
+  lsc_replay --check --junit report.xml session.jsonl         does it still do what the device did
+  lsc_replay --csv rows.csv --summary summary.json session.jsonl
+  lsc_replay --cost --repeat 20 session.jsonl                 what each call cost)";
+
+std::uint64_t sizeOf(const std::string& path) {
+    std::error_code unknown;
+    const auto size = std::filesystem::file_size(path, unknown);
+    return unknown ? 0 : size;
+}
+
+void refuseSession(const std::string& path, const PlayArguments& arguments) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(path, arguments.session, ignored)) {
+        throw StreamError(path + ": this is the session; choose another output file");
+    }
+}
+
+// A file to write, or a closed one without a path.
+std::ofstream openOutput(const std::string& path, const PlayArguments& arguments) {
+    if (path.empty()) return {};
+    refuseSession(path, arguments);
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    if (!file) failOpening(path);
+    return file;
+}
+
+// The folder, because gnuplot opens the picture only after the session was played.
+void checkFolder(const std::string& path) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code ignored;
+    if (folder.empty() || std::filesystem::is_directory(folder, ignored)) return;
+    throw StreamError(path + ": there is no folder " + folder.string());
+}
+
+std::unique_ptr<std::ostream> openTrace(const PlayArguments& arguments) {
+    if (!arguments.trace.ends_with(".gz"))
+        return std::make_unique<std::ofstream>(openOutput(arguments.trace, arguments));
+    refuseSession(arguments.trace, arguments);
+    auto file = std::make_unique<GzipFile>(arguments.trace);
+    if (!*file) failOpening(arguments.trace);
+    return file;
+}
+
+std::string nameOf(const PlayArguments& arguments) {
+    return std::filesystem::path(arguments.session).filename().string();
+}
+
+// The table would stand between the results.
+bool wantsTable(const PlayArguments& arguments) {
+    return arguments.results != "-";
+}
+
+bool checks(const PlayArguments& arguments) {
+    return !arguments.check.empty() || !arguments.junit.empty();
+}
+
+bool keepsRecording(const PlayArguments& arguments) {
+    return !arguments.plot.empty() || !arguments.csv.empty();
+}
+
+// Every view that the command knows; those that the arguments ask for are told of the session.
+struct Views {
+    // Rows of the table and of the comparison go to `rows`, events to `traceFile`.
+    Views(const PlayArguments& arguments, std::ostream& rows, std::ostream& traceFile)
+        : table(rows),
+          comparison(wantsTable(arguments) ? rows : std::cerr,
+                     arguments.check.empty() ? Comparison::kRounding : std::stod(arguments.check)) {
+        if (!arguments.trace.empty()) trace.emplace(traceFile, nameOf(arguments), arguments.limits);
+    }
+
+    std::vector<Observer*> wantedBy(const PlayArguments& arguments) {
+        std::vector<Observer*> wanted;
+        const bool keepsFigures = wantsTable(arguments) || !arguments.summary.empty() || checks(arguments);
+        if (wantsTable(arguments)) wanted.push_back(&table);
+        if (keepsFigures) wanted.insert(wanted.end(), {&comparison, &statistics});
+        if (trace) wanted.push_back(&*trace);
+        if (keepsRecording(arguments)) wanted.push_back(&recording);
+        if (arguments.cost) wanted.push_back(&costs);
+        return wanted;
+    }
+
+    Table table;
+    Comparison comparison;
+    Statistics statistics;
+    std::optional<Trace> trace;
+    Recording recording;
+    Costs costs;
+};
+
+// Plays once; `options` says with what.
+void playOnce(const PlayArguments& arguments, PlayOptions options, bool silent) {
+    std::ifstream session = openInput(arguments.session);
+    options.name = arguments.session;
+    Progress progress(sizeOf(arguments.session), !arguments.log && silent);
+    options.progress = [&progress](std::size_t line, std::uint64_t bytes) { progress.update(line, bytes); };
+    play(session, options);
+}
+
+void playAgain(const PlayArguments& arguments, Costs& costs) {
+    PlayOptions options;
+    options.observers = {&costs};
+    options.endMonitors = true;
+    for (unsigned i = 0; i < arguments.repeat; ++i)
+        playOnce(arguments, options, true);
+}
+
+// The files that are written after the session. They are opened before it, so that a bad name costs no replay.
+struct Outputs {
+    explicit Outputs(const PlayArguments& arguments)
+        : trace(openTrace(arguments)),
+          csv(openOutput(arguments.csv, arguments)),
+          summary(openOutput(arguments.summary, arguments)),
+          junit(openOutput(arguments.junit, arguments)) {
+        if (arguments.plot.empty()) return;
+        refuseSession(arguments.plot, arguments);
+        checkFolder(arguments.plot);
+    }
+
+    std::unique_ptr<std::ostream> trace;
+    std::ofstream csv;
+    std::ofstream summary;
+    std::ofstream junit;
+};
+
+void finish(std::ostream& file, const std::string& path) {
+    if (!file.flush()) throw StreamError(path + ": cannot be written");
+}
+
+void writeFiles(Views& views, const PlayArguments& arguments, Outputs& outputs) {
+    if (views.trace) {
+        views.trace->finish();
+        finish(*outputs.trace, arguments.trace);
+    }
+    if (outputs.csv.is_open()) {
+        writeExposures(outputs.csv, views.recording);
+        finish(outputs.csv, arguments.csv);
+    }
+    if (outputs.summary.is_open()) {
+        writeSummaryJson(outputs.summary, views.statistics, views.comparison);
+        finish(outputs.summary, arguments.summary);
+    }
+    if (outputs.junit.is_open()) {
+        writeJunit(outputs.junit, views.comparison, nameOf(arguments));
+        finish(outputs.junit, arguments.junit);
+    }
+}
+
+// The script of the picture, if one is wanted.
+std::string pictureOf(const Recording& recording, const PlayArguments& arguments) {
+    if (arguments.plot.empty()) return {};
+    return plotScript(recording, {arguments.plot, nameOf(arguments), arguments.sensor, arguments.limits});
+}
+
+// Holds the rows of the table back until it is known that the session has the part to be shown.
+class HeldRows {
+public:
+    explicit HeldRows(bool hold) : mHold(hold) {}
+    std::ostream& out() { return mHold ? mRows : std::cout; }
+    void print() {
+        if (mHold) std::cout << mRows.str();
+    }
+
+private:
+    const bool mHold;
+    std::ostringstream mRows;
+};
+
+void checkLimits(const PlayArguments& arguments) {
+    if (arguments.limits.given() && arguments.plot.empty() && arguments.trace.empty())
+        throw std::invalid_argument("--from and --to need --plot or --trace");
+    arguments.limits.check();
+}
+
+// Whether the session does what its device did; says so when it does not.
+bool passesCheck(const PlayArguments& arguments, const Comparison& comparison) {
+    if (arguments.check.empty() || comparison.isMet()) return true;
+    std::uint64_t unmet = 0;
+    for (const auto& [exposure, group] : comparison.groups())
+        unmet += group.unmet;
+    std::cerr << arguments.session << ": check failed: "
+              << (comparison.groups().empty() ? "the session has no expectations"
+                                              : std::to_string(unmet) + " expectations not met")
+              << '\n';
+    return false;
+}
+
+std::string checkTolerance(const std::string& value) {
+    double tolerance = 0;
+    const bool fits = CLI::detail::lexical_cast(value, tolerance) && tolerance >= 0;
+    return fits ? std::string() : value + ": the tolerance must be a number from 0 on";
+}
+
+std::string checkPlotName(const std::string& file) {
+    return isPlotName(file) ? std::string() : file + ": the name must end in .svg, .png or .gp";
+}
+
+}  // namespace
+
+void addPlayOptions(CLI::App& app, PlayArguments& arguments) {
+    // Not marked as required, or it would take the name of a subcommand; main() asks for it.
+    app.add_option("SESSION", arguments.session, "Session file, one JSON object a line");
+    app.add_option("--results", arguments.results, "Write exact results, one JSON object a call ('-': standard output)")
+        ->type_name("FILE");
+    app.add_flag("--log", arguments.log, "Print what the library logs on standard error");
+    CLI::Option* const plot = app.add_option(
+        "--plot", arguments.plot, "Draw hall trace, exposures and positions (.svg or .png; .gp: gnuplot's script)");
+    plot->type_name("FILE")->check(CLI::Validator(checkPlotName, ""));
+    app.add_option("--from", arguments.limits.fromMs, "Begin of the part to draw or trace, in ms from the first sample")
+        ->type_name("MS");
+    app.add_option("--to", arguments.limits.toMs, "End of the part to draw or trace, in ms from the first sample")
+        ->type_name("MS");
+    app.add_option("--sensor", arguments.sensor, "Draw this sensor, instead of the one with the lowest id")
+        ->type_name("ID")
+        ->needs(plot);
+    app.add_option("--trace", arguments.trace,
+                   "Write hall trace and exposures as trace events, in JSON (.gz: compressed)")
+        ->type_name("FILE");
+    app.add_option("--csv", arguments.csv, "Write a row for each exposure, as comma-separated values")
+        ->type_name("FILE");
+    app.add_option("--summary", arguments.summary, "Write the figures and findings, in JSON")->type_name("FILE");
+    app.add_flag("--check{0.0000015}", arguments.check,
+                 "Fail unless every position is as near to the device's as this, in x and y")
+        ->check(CLI::Validator(checkTolerance, ""));
+    app.add_option("--junit", arguments.junit, "Write the comparison with the device as a JUnit report")
+        ->type_name("FILE");
+    CLI::Option* const cost = app.add_flag("--cost", arguments.cost, "Print what each call into the library cost");
+    app.add_option("--repeat", arguments.repeat, "Play N times more, for the cost alone")
+        ->type_name("N")
+        ->check(CLI::Range(0U, 1'000'000U))
+        ->needs(cost);
+    app.footer(kExamples);
+}
+
+bool runPlay(const PlayArguments& arguments) {
+    if (arguments.repeat > 0 && !std::filesystem::is_regular_file(arguments.session)) {
+        throw StreamError(arguments.session + ": --repeat needs a regular file");
+    }
+    checkLimits(arguments);
+    const bool hasTable = wantsTable(arguments);
+    openInput(arguments.session);  // before any output is made
+    std::ofstream results = openOutput(hasTable ? arguments.results : std::string(), arguments);
+    Outputs outputs(arguments);
+    HeldRows rows(arguments.limits.given());
+    Views views(arguments, rows.out(), *outputs.trace);
+    PlayOptions options;
+    options.observers = views.wantedBy(arguments);
+    if (!hasTable) options.results = &std::cout;
+    if (results.is_open()) options.results = &results;
+    if (arguments.log) options.log = &std::cerr;
+    options.endMonitors = arguments.repeat > 0;
+    // Nothing else may be written to the terminal that shows the progress.
+    playOnce(arguments, options, !hasTable || isatty(STDOUT_FILENO) == 0);
+    views.recording.finish();
+    const std::string picture = pictureOf(views.recording, arguments);
+    writeFiles(views, arguments, outputs);
+    if (hasTable) {
+        rows.print();
+        printSummary(std::cout, views.statistics, views.comparison);
+        if (!std::cout.flush()) throw StreamError("table cannot be written");
+    }
+    if (!arguments.plot.empty()) plot(picture, arguments.plot);
+    if (arguments.cost) {
+        playAgain(arguments, views.costs);
+        std::ostream& out = hasTable ? std::cout : std::cerr;
+        out << '\n';
+        views.costs.print(out);
+    }
+    return passesCheck(arguments, views.comparison);
+}
+
+}  // namespace replay

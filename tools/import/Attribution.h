@@ -1,0 +1,66 @@
+// Decides whose hand-overs are: no message of one names its sensor. Calculations that list its samples tell, those that
+// ought to list them and do not exclude; for the rest, what continues the samples, numbers and thread of a sensor's
+// hand-overs before is its own. For any number of sensors.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/import/Timeline.h"
+
+namespace replay::import {
+
+class Attribution {
+public:
+    void registered(std::int32_t sensor, std::int32_t type);
+    void unregistered(std::int32_t sensor) { mMonitors.erase(sensor); }
+
+    struct Choice {
+        std::optional<std::int32_t> sensor;  // none: of a sensor that no message names
+        bool sure = true;                    // otherwise others are as likely
+    };
+    // `ahead` holds what follows. Call filed() once the choice is taken.
+    Choice choose(const HandOver& batch, const Timeline& ahead);
+    void filed(std::int32_t sensor, const HandOver& batch) { mMonitors[sensor].track.follow(batch); }
+
+    std::size_t monitors() const { return mMonitors.size(); }
+
+private:
+    // The last hand-over of a sensor, or of several that continue each other.
+    struct Track {
+        bool begun = false;
+        std::size_t lane = 0;
+        std::optional<std::uint32_t> frame;
+        std::size_t empty = 0;  // since then
+        std::size_t queue = 0;
+        lsc::Samples samples;
+        double periodNs = 0;
+
+        void follow(const HandOver& batch);
+        // How badly `batch` continues it: below 1 it may well do.
+        double distance(const HandOver& batch) const;
+        double distanceBut(const HandOver& batch) const;    // ... whatever its frame number
+        std::int64_t skipped(const HandOver& batch) const;  // frame numbers between it and `batch`
+        double sampleDistance(lsc::Samples next) const;
+        double staleDistance(const HandOver& batch) const;
+    };
+    struct Monitor {
+        std::int32_t type = 0;
+        Track track;
+    };
+    using Sensors = std::vector<std::int32_t>;
+
+    Sensors candidates(const HandOver& batch) const;
+    Choice chooseEmpty(const Sensors& among, const HandOver& batch, const Timeline& ahead) const;
+    bool beginsLater(std::int32_t sensor, const Timeline& ahead) const;
+    std::int64_t skippedNext(std::int32_t sensor, const Timeline& ahead) const;
+    std::optional<std::int32_t> followed(const HandOver& batch, const Sensors& among, const Timeline& ahead) const;
+
+    std::map<std::int32_t, Monitor> mMonitors;
+};
+
+}  // namespace replay::import

@@ -1,0 +1,68 @@
+// Reads a logcat capture line by line: records to events, events of each thread to calls in a timeline.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "tools/import/LogLine.h"
+#include "tools/import/RepeatFilter.h"
+#include "tools/import/Timeline.h"
+
+namespace replay::import {
+
+// What the lines are, as far as they have been read.
+struct CaptureFacts {
+    std::size_t lines = 0;
+    std::size_t ownLines = 0;       // messages of the library, from the process that is imported
+    std::size_t doubledLines = 0;   // of those
+    std::size_t repeatedLines = 0;  // of those, after the recording had been interrupted
+    std::size_t bareLines = 0;      // messages of the library without a tag
+    std::optional<std::uint32_t> pid;
+    std::map<std::uint32_t, std::size_t> otherProcesses;  // library lines of each
+    bool sawThreads = false;                              // the form names threads
+    bool sawSamples = false;                              // messages that log level 4 lets through
+    bool sawListings = false;                             // ... level 3
+    bool sawHandOvers = false;                            // ... any level but 0
+    bool sawFrames = false;
+};
+
+class CaptureReader {
+public:
+    // Lines of the library from another process than `pid` are left out; without one, from another process than that
+    // of the first. `timeline` must outlive the reader.
+    CaptureReader(Timeline& timeline, std::optional<std::uint32_t> pid);
+    ~CaptureReader();
+
+    // The next line, without its end.
+    void add(std::string_view line);
+    // No line follows: every call is complete.
+    void finish();
+
+    const CaptureFacts& facts() const { return mFacts; }
+
+private:
+    struct Lane;
+
+    bool isOurs(const LogLine& line);
+    void addForeign(std::string_view line, const std::optional<LogLine>& record);
+    void addChatty(const LogLine& line);
+    void addMessage(const LogLine& line);
+    bool isRepeated(const LogLine& line);
+    void letGo();
+    Lane& laneOf(const LogLine& line);
+
+    Timeline& mTimeline;
+    CaptureFacts mFacts;
+    LogParser mParser;
+    std::map<std::uint32_t, std::unique_ptr<Lane>> mLanes;  // by thread id, or by process id where none is known
+    Lane* mLastLane = nullptr;
+    std::uint32_t mLastId = 0;
+    RepeatFilter mRepeats;
+};
+
+}  // namespace replay::import

@@ -1,0 +1,35 @@
+#include "tools/play/PlayState.h"
+
+#include "aaa/aaa/lsc/ShadingCustomUtil.h"
+#include "tools/session/Narrow.h"
+
+namespace replay {
+
+void PlayState::putMetadata(const std::string& name, std::unique_ptr<NSCam::IMetadata> metadata) {
+    mMetadata[name] = std::move(metadata);
+}
+
+NSCam::IMetadata* PlayState::findMetadata(const std::string& name) const {
+    const auto found = mMetadata.find(name);
+    return found != mMetadata.end() ? found->second.get() : nullptr;
+}
+
+CustomShadingFlow* PlayState::findInstance(std::int32_t index) const {
+    const auto found = mInstances.find(index);
+    return found != mInstances.end() ? found->second : nullptr;
+}
+
+void PlayState::endMonitors() {
+    const ClosedLogGates closed(mLibrary);
+    for (const std::int32_t sensor : mWatch.account().registeredSensors()) {
+        CustomShadingUtil::UnRegisterSensorMonitor(sensor);
+        mWatch.monitorUnregistered(sensor);
+    }
+}
+
+PlayState::Stopwatch::~Stopwatch() {
+    const std::chrono::nanoseconds time = Clock::now() - mStart;
+    mState.mWatch.called(mState.mFunction, narrow<std::uint64_t>(time.count()));  // a steady clock does not go back
+}
+
+}  // namespace replay

@@ -1,0 +1,80 @@
+// What lasts from line to line of a session: the metadata objects by name, the hook instances by index, and the
+// recording of what the library logs. One thread.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "aaa/aaa/lsc/ShadingCustom.h"
+#include "platform/Metadata.h"
+#include "tools/diagnose/Library.h"
+#include "tools/diagnose/Watch.h"
+#include "tools/play/LogRecorder.h"
+
+namespace replay {
+
+class PlayState {
+public:
+    // With `echo`, what the library logs is printed there too; `observers` hear what happens. Both must outlive it.
+    PlayState(std::ostream* echo, const std::vector<Observer*>& observers)
+        : mRecorder(echo), mWatch(observers, mLibrary) {}
+
+    // Puts `metadata` in place of an earlier object of that name. Objects are kept for the whole session.
+    void putMetadata(const std::string& name, std::unique_ptr<NSCam::IMetadata> metadata);
+    // Null for a name that no line made.
+    NSCam::IMetadata* findMetadata(const std::string& name) const;
+
+    void putInstance(std::int32_t index, CustomShadingFlow* instance) { mInstances[index] = instance; }
+    // Null for an index that has none.
+    CustomShadingFlow* findInstance(std::int32_t index) const;
+
+    // The function that the calls into the library stand for from now on.
+    void beginCall(std::string function) { mFunction = std::move(function); }
+    // Runs a call into the library, records what it logs, tells what it cost and gives its result. Nothing else may be
+    // inside.
+    template <typename Call>
+    auto inLibrary(Call&& call) {
+        mLibrary.noteSettings();
+        const Stopwatch stopwatch(*this);
+        return mRecorder.record(std::forward<Call>(call));
+    }
+    std::vector<host::LogEntry> takeLog() { return mRecorder.take(); }
+
+    // Ends the monitors that the session leaves behind, so that a replay of the same session finds none.
+    void endMonitors();
+
+    Library& library() { return mLibrary; }
+    TarvoShadingCustomUtil& customer() { return mLibrary.customer(); }
+    Watch& watch() { return mWatch; }
+
+private:
+    // Tells the time of its own life.
+    class Stopwatch {
+    public:
+        explicit Stopwatch(PlayState& state) : mState(state) {}
+        ~Stopwatch();
+        Stopwatch(const Stopwatch&) = delete;
+        Stopwatch& operator=(const Stopwatch&) = delete;
+
+    private:
+        using Clock = std::chrono::steady_clock;
+
+        PlayState& mState;
+        const Clock::time_point mStart = Clock::now();
+    };
+
+    std::map<std::string, std::unique_ptr<NSCam::IMetadata>> mMetadata;
+    std::map<std::int32_t, CustomShadingFlow*> mInstances;
+    std::string mFunction;
+    LogRecorder mRecorder;
+    Library mLibrary;
+    Watch mWatch;
+};
+
+}  // namespace replay

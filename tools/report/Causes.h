@@ -1,0 +1,33 @@
+// The causes of exposures without a position, and of wrong positions, that the figures of a sensor show by themselves.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "tools/report/Findings.h"
+
+namespace replay {
+
+// A finding, and the reasons for which exposures got no position because of it.
+struct Cause {
+    Finding finding;
+    std::vector<Reason::Kind> explains;
+};
+// With the sensor's id still to be set.
+Cause cause(std::string code, std::vector<std::pair<std::string, double>> numbers, std::string advice,
+            std::vector<Reason::Kind> explains);
+
+// A cause comes before what it may bring about.
+std::vector<Cause> causesIn(const SensorStatistics& sensor);
+
+// "1 exposure", "3 exposures".
+std::string counted(std::uint64_t count, std::string_view what, std::string_view ending = "s");
+// For a reader: the first digits are enough.
+inline double number(std::uint64_t value) {
+    return static_cast<double>(value);  // as said
+}
+
+}  // namespace replay

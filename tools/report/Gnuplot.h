@@ -1,0 +1,12 @@
+// Runs gnuplot, a program of its own, which need not be there before a picture is asked for.
+#pragma once
+
+#include <string>
+
+namespace replay {
+
+// Runs the script and waits for its end; gnuplot's own messages go to standard error. Throws StreamError when gnuplot
+// is not there or reports an error.
+void runGnuplot(const std::string& script);
+
+}  // namespace replay

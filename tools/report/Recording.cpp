@@ -1,0 +1,59 @@
+#include "tools/report/Recording.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <span>
+
+#include "tools/session/Expectation.h"
+
+namespace replay {
+namespace {
+
+RecordedExposure::Device compare(const ExposureOutcome& here, const Expectation& device) {
+    constexpr double kRounding = 2e-6;  // one in the sixth decimal, and what our own number has beyond it
+    // A position with a reason is an earlier call's.
+    const bool served = here.position && !here.reason;
+    if (!device.position) return {std::nullopt, served};
+    const Position its{std::strtod(device.position->x.c_str(), nullptr),
+                       std::strtod(device.position->y.c_str(), nullptr)};
+    const bool same =
+        served && std::abs(its.x - here.position->x) < kRounding && std::abs(its.y - here.position->y) < kRounding;
+    return {its, !same};
+}
+
+}  // namespace
+
+void Recording::handedOver(const HandOver& handOver) {
+    mExtent.handedOver(handOver);
+    auto& samples = mSensors[handOver.sensor].samples;
+    for (const auto& sample : handOver.samples)
+        samples.push_back({sample.timestamp, sample.oisX, sample.oisY});
+}
+
+void Recording::exposuresAsked(const std::vector<ExposureOutcome>& outcomes) {
+    mExtent.exposuresAsked(outcomes);
+    mNewest = outcomes.size();
+    for (const ExposureOutcome& outcome : outcomes)
+        mSensors[outcome.sensor].exposures.push_back({outcome, std::nullopt});
+}
+
+void Recording::expected(const Expectation& expectation) {
+    const auto sensor = mSensors.find(expectation.sensor);
+    if (sensor == mSensors.end()) return;
+    auto& exposures = sensor->second.exposures;
+    for (RecordedExposure& exposure : std::span(exposures).last(std::min(mNewest, exposures.size()))) {
+        if (exposure.outcome.type == expectation.type) exposure.device = compare(exposure.outcome, expectation);
+    }
+}
+
+void Recording::finish() {
+    for (auto& [id, sensor] : mSensors) {
+        std::ranges::stable_sort(sensor.samples, {}, &RecordedSample::timeNs);
+        const auto repeated = std::ranges::unique(sensor.samples);
+        sensor.samples.erase(repeated.begin(), repeated.end());
+        sensor.samples.shrink_to_fit();
+    }
+}
+
+}  // namespace replay

@@ -1,0 +1,116 @@
+// Figures of a session, sensor by sensor, in memory that does not grow with its length.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "tools/diagnose/Observer.h"
+#include "tools/diagnose/Outcome.h"
+#include "tools/report/Clock.h"
+#include "tools/report/Histogram.h"
+
+namespace replay {
+
+struct SensorStatistics {
+    // Of the exposures that got a position.
+    Histogram matchUs;      // distance from the exposure start to the sample that the span starts from
+    Histogram spanSamples;  // samples that were reduced to the position
+    Histogram readoutUs;    // rolling shutter
+
+    Clock clock;                       // newest sample of a hand-over, against the frame's time stamp
+    Histogram frameUs;                 // time between two frames, from the time stamps of hand-overs
+    Histogram frameSteps;              // from the frame number of a hand-over to that of the next
+    std::uint64_t frameStepCount = 0;  // with those back, of hand-overs in the wrong order
+    std::int64_t frameStepSum = 0;
+
+    Histogram exposureUs;  // of all exposures with times
+    // Time between two frames while a rolling shutter (ns) was stored; of the first kMaxShutters ones.
+    static constexpr std::size_t kMaxShutters = 16;
+    std::map<std::uint64_t, Histogram> frameUsByShutter;
+
+    // Of samples that came one after the other, without those that the provider had handed over before. Late ones,
+    // with a time stamp before one already seen, count for nothing.
+    Histogram periodUs;
+    Histogram missedPeriodUs;    // those over frame numbers without a hand-over
+    std::uint64_t repeated = 0;  // samples no later than one already seen
+
+    // Batches in a row that were discarded because a time stamp seen before is more than a second later.
+    struct Stuck {
+        std::uint32_t frame;  // of the hand-over that brought that time stamp
+        std::int64_t stampNs;
+        std::uint64_t batches;
+    };
+    std::optional<Stuck> stuck;         // now
+    std::optional<Stuck> longestStuck;  // of the session
+
+    std::map<lsc::SampleQueue::Fate, std::uint64_t> batches;  // by what became of them
+
+    std::uint64_t samples = 0;    // of all hand-overs
+    std::uint64_t exposures = 0;  // asked for
+
+    // Exposures without a position by Reason::Kind, and the largest number that a reason of the kind gave.
+    struct Missing {
+        std::uint64_t count = 0;
+        std::uint64_t largest = 0;
+    };
+    std::array<Missing, kReasonKinds> missing{};
+
+    // Since the monitor was started: the latest time stamp and the frame that brought it, the newest hand-over.
+    std::optional<std::int64_t> newestNs;
+    std::uint32_t newestFrame = 0;
+    struct Frame {
+        std::uint32_t number;
+        std::uint64_t timestampNs;
+        std::uint64_t intervalUs;  // from the frame before; 0 when it is not known
+    };
+    std::optional<Frame> frame;
+
+    const Missing& without(Reason::Kind kind) const { return missing[indexOf(kind)]; }
+    std::uint64_t batchesOf(lsc::SampleQueue::Fate fate) const {
+        const auto found = batches.find(fate);
+        return found != batches.end() ? found->second : 0;
+    }
+    // A split batch was filed, too.
+    std::uint64_t filed() const {
+        return batchesOf(lsc::SampleQueue::Fate::kFiled) + batchesOf(lsc::SampleQueue::Fate::kSplit);
+    }
+    std::uint64_t usualFrameStep() const { return std::max<std::uint64_t>(1, frameSteps.quantile(0.5)); }
+    // Hand-overs that the frame numbers lack.
+    std::uint64_t missingHandOvers() const {
+        const auto sum = static_cast<std::uint64_t>(std::max<std::int64_t>(0, frameStepSum));  // as tested
+        return std::max(sum / usualFrameStep(), frameStepCount) - frameStepCount;
+    }
+    // Samples of a span that reaches over the rolling shutter; 0 when that is not known.
+    std::uint64_t expectedSpan() const {
+        const std::uint64_t period = periodUs.quantile(0.5);
+        return period == 0 || readoutUs.count() == 0 ? 0 : (readoutUs.quantile(0.5) + period / 2) / period + 1;
+    }
+    // Periods longer than two median ones.
+    std::uint64_t gaps() const { return periodUs.countAbove(2 * periodUs.quantile(0.5)); }
+};
+
+class Statistics : public Observer {
+public:
+    void monitorStarted(std::int32_t sensor) override;
+    void handedOver(const HandOver& handOver) override;
+    void exposuresAsked(const std::vector<ExposureOutcome>& outcomes) override;
+
+    // Calls that asked for exposures.
+    std::uint64_t frames() const { return mFrames; }
+    const std::map<std::int32_t, SensorStatistics>& sensors() const { return mSensors; }
+
+private:
+    static void noteFrame(SensorStatistics& sensor, const HandOver& handOver);
+    static void noteFate(SensorStatistics& sensor, const HandOver& handOver);
+    static void noteSamples(SensorStatistics& sensor, const HandOver& handOver, bool afterMissing);
+    void count(const ExposureOutcome& outcome);
+
+    std::uint64_t mFrames = 0;
+    std::map<std::int32_t, SensorStatistics> mSensors;
+};
+
+}  // namespace replay

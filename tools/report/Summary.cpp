@@ -1,0 +1,130 @@
+#include "tools/report/Summary.h"
+
+#include <array>
+#include <numeric>
+#include <string_view>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "tools/report/Findings.h"
+
+namespace replay {
+namespace {
+
+using Fate = lsc::SampleQueue::Fate;
+
+// "1 exposure", "3 exposures".
+std::string counted(std::uint64_t count, std::string_view what, std::string_view ending = "s") {
+    return fmt::format("{} {}{}", count, what, count == 1 ? "" : ending);
+}
+
+double longestMs(const SensorStatistics& sensor) {
+    return static_cast<double>(sensor.periodUs.max()) / 1000.0;  // as above
+}
+
+std::string distribution(const Histogram& values) {
+    if (values.count() == 0) return "none";
+    return fmt::format("median {}, 95 % up to {}, largest {}", values.quantile(0.5), values.quantile(0.95),
+                       values.max());
+}
+
+std::string rate(const SensorStatistics& sensor) {
+    if (sensor.periodUs.count() == 0) return "unknown";
+    return fmt::format("{:.0f} Hz, longest step {:.3f} ms, {} above 2 periods", rateHz(sensor), longestMs(sensor),
+                       counted(sensor.gaps(), "gap"));
+}
+
+std::string batches(const SensorStatistics& sensor) {
+    return fmt::format("{} filed, {} of them split, {} discarded, {} empty", sensor.filed(),
+                       sensor.batchesOf(Fate::kSplit), sensor.batchesOf(Fate::kDiscarded),
+                       sensor.batchesOf(Fate::kEmpty));
+}
+
+// The figures of the clock, and how the frame's times fit together.
+std::string clock(const SensorStatistics& sensor) {
+    if (sensor.clock.count() == 0) return "unknown";
+    const auto drift = sensor.clock.drift();
+    return fmt::format("median {}, least {}, largest {}{}", sensor.clock.quantileUs(0.5), sensor.clock.quantileUs(0),
+                       sensor.clock.quantileUs(1), drift ? fmt::format(", drift {:.1f} ppm", drift->ppm) : "");
+}
+
+std::string milliseconds(std::uint64_t us) {
+    return fmt::format("{:.2f}", static_cast<double>(us) / 1000.0);  // times of a frame are short
+}
+
+std::string frameTimes(const SensorStatistics& sensor) {
+    std::string shutters;
+    for (const auto& [shutterNs, frames] : sensor.frameUsByShutter)
+        shutters += (shutters.empty() ? "" : " and ") + milliseconds(shutterNs / lsc::kNsPerUs);
+    const auto& exposure = sensor.exposureUs;
+    return fmt::format(
+        "interval {}, rolling shutter {}, exposure {}",
+        sensor.frameUs.count() == 0 ? "unknown" : milliseconds(sensor.frameUs.quantile(0.5)),
+        shutters.empty() ? "unknown" : shutters,
+        exposure.count() == 0 ? "unknown" : milliseconds(exposure.quantile(0)) + " to " + milliseconds(exposure.max()));
+}
+
+std::string handOvers(const SensorStatistics& sensor) {
+    return fmt::format("{} missing in the frame numbers, {} of {} repeated", sensor.missingHandOvers(), sensor.repeated,
+                       counted(sensor.samples, "sample"));
+}
+
+std::string spans(const SensorStatistics& sensor) {
+    const std::uint64_t expected = sensor.expectedSpan();
+    return distribution(sensor.spanSamples) + (expected == 0 ? "" : fmt::format("; median expected {}", expected));
+}
+
+void printCount(std::ostream& out, std::string_view label, std::uint64_t count) {
+    out << fmt::format("{:<46} {:>10}\n", label, count);
+}
+
+void printCounts(std::ostream& out, const Statistics& statistics, const Comparison& comparison) {
+    std::uint64_t exposures = 0;
+    std::uint64_t samples = 0;
+    std::array<std::uint64_t, kReasonKinds> missing{};
+    for (const auto& [id, sensor] : statistics.sensors()) {
+        exposures += sensor.exposures;
+        samples += sensor.samples;
+        for (std::size_t i = 0; i < kReasonKinds; ++i)
+            missing[i] += sensor.missing[i].count;
+    }
+    const auto notServed = std::accumulate(missing.begin(), missing.end(), std::uint64_t{0});
+    printCount(out, "frames asked", statistics.frames());
+    printCount(out, "exposures served", exposures - notServed);
+    printCount(out, "exposures not served", notServed);
+    for (std::size_t i = 0; i < kReasonKinds; ++i) {
+        if (missing[i] != 0) printCount(out, "  " + reasonText(reasonKind(i)), missing[i]);
+    }
+    printCount(out, "samples filed", samples);
+    for (const auto& [label, count] : comparison.counts())
+        printCount(out, label, count);
+}
+
+void printSensor(std::ostream& out, std::int32_t id, const SensorStatistics& sensor) {
+    const auto print = [&out](std::string_view label, const std::string& text) {
+        out << fmt::format("  {:<22}{}\n", label, text);
+    };
+    out << fmt::format("\nsensor {}\n", id);
+    print("match distance (us)", distribution(sensor.matchUs));
+    print("span (samples)", spans(sensor));
+    print("sample rate", rate(sensor));
+    print("batches", batches(sensor));
+    print("hand-overs", handOvers(sensor));
+    print("clock difference (us)", clock(sensor));
+    print("frames (ms)", frameTimes(sensor));
+    std::string_view label = "what would help";
+    for (const Finding& finding : findings(id, sensor))
+        print(std::exchange(label, ""), adviceOf(finding));
+}
+
+}  // namespace
+
+void printSummary(std::ostream& out, const Statistics& statistics, const Comparison& comparison) {
+    if (statistics.frames() != 0) out << '\n';
+    printCounts(out, statistics, comparison);
+    for (const auto& [id, sensor] : statistics.sensors())
+        printSensor(out, id, sensor);
+}
+
+}  // namespace replay

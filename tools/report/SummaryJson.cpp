@@ -1,0 +1,92 @@
+#include "tools/report/SummaryJson.h"
+
+#include "tools/report/Findings.h"
+#include "tools/session/JsonWriter.h"
+
+namespace replay {
+namespace {
+
+using Fate = lsc::SampleQueue::Fate;
+
+void writeDistribution(JsonWriter& json, std::string_view name, const Histogram& values) {
+    json.key(name).beginObject().member("count", values.count());
+    if (values.count() > 0) {
+        json.member("median", values.quantile(0.5)).member("p95", values.quantile(0.95)).member("max", values.max());
+    }
+    json.endObject();
+}
+
+void writeReasons(JsonWriter& json, const SensorStatistics& sensor) {
+    json.key("not_served").beginObject();
+    for (std::size_t i = 0; i < kReasonKinds; ++i) {
+        if (sensor.missing[i].count != 0) json.member(reasonText(reasonKind(i)), sensor.missing[i].count);
+    }
+    json.endObject();
+}
+
+void writeClock(JsonWriter& json, const Clock& clock) {
+    json.key("clock_difference_us").beginObject().member("count", clock.count());
+    if (clock.count() > 0) {
+        json.member("median", clock.quantileUs(0.5))
+            .member("min", clock.quantileUs(0))
+            .member("max", clock.quantileUs(1));
+    }
+    if (const auto drift = clock.drift()) json.member("drift_ppm", drift->ppm);
+    json.endObject();
+}
+
+void writeSensor(JsonWriter& json, std::int32_t id, const SensorStatistics& sensor) {
+    json.beginObject().member("sensor", id).member("exposures", sensor.exposures);
+    writeReasons(json, sensor);
+    json.member("samples", sensor.samples).member("samples_repeated", sensor.repeated);
+    json.key("batches").beginObject();
+    json.member("filed", sensor.filed()).member("split", sensor.batchesOf(Fate::kSplit));
+    json.member("discarded", sensor.batchesOf(Fate::kDiscarded)).member("empty", sensor.batchesOf(Fate::kEmpty));
+    json.member("missing", sensor.missingHandOvers()).endObject();
+    writeDistribution(json, "match_us", sensor.matchUs);
+    writeDistribution(json, "span", sensor.spanSamples);
+    json.member("expected_span", sensor.expectedSpan());
+    writeDistribution(json, "sample_period_us", sensor.periodUs);
+    json.member("gaps", sensor.gaps());
+    writeDistribution(json, "frame_us", sensor.frameUs);
+    writeDistribution(json, "exposure_us", sensor.exposureUs);
+    writeDistribution(json, "readout_us", sensor.readoutUs);
+    writeClock(json, sensor.clock);
+    json.endObject();
+}
+
+void writeExpectations(JsonWriter& json, const Comparison& comparison) {
+    std::uint64_t compared = 0;
+    std::uint64_t unmet = 0;
+    for (const auto& [exposure, group] : comparison.groups()) {
+        compared += group.compared;
+        unmet += group.unmet;
+    }
+    json.key("expectations").beginObject().member("compared", compared).member("unmet", unmet).endObject();
+}
+
+void writeFindings(JsonWriter& json, const Statistics& statistics) {
+    json.key("findings").beginList();
+    for (const Finding& finding : findings(statistics)) {
+        json.beginObject().member("code", finding.code).member("sensor", finding.sensor);
+        for (const auto& [name, number] : finding.numbers)
+            json.member(name, number);
+        json.member("advice", finding.advice).endObject();
+    }
+    json.endList();
+}
+
+}  // namespace
+
+void writeSummaryJson(std::ostream& out, const Statistics& statistics, const Comparison& comparison) {
+    JsonWriter json;
+    json.beginObject().member("frames", statistics.frames()).key("sensors").beginList();
+    for (const auto& [id, sensor] : statistics.sensors())
+        writeSensor(json, id, sensor);
+    json.endList();
+    writeExpectations(json, comparison);
+    writeFindings(json, statistics);
+    out << json.endObject().text() << '\n';
+}
+
+}  // namespace replay

@@ -1,0 +1,45 @@
+// The result of one call as one line of JSON: line, call, the outputs in the order they are added, log.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/SensorProvider.h"
+#include "platform/host/Host.h"
+#include "tools/session/JsonWriter.h"
+
+struct CalcOISValueInput;
+
+namespace replay {
+
+class ResultLine {
+public:
+    ResultLine(std::size_t line, std::string_view call);
+
+    // A flag, a number or a list of numbers.
+    template <typename T>
+    void add(std::string_view key, const T& value) {
+        mJson.member(key, value);
+    }
+    void addBytes(std::string_view key, std::span<const std::uint8_t> bytes) { mJson.key(key).bytes(bytes); }
+    // Rows of timestamp, oisHallX, oisHallY, oisX, oisY.
+    void addSamples(std::string_view key, const std::vector<NSCam::Utils::SensorData>& samples);
+    // All entries but memory blocks, by ascending tag.
+    void addMetadata(std::string_view key, const std::map<std::uint32_t, host::MetadataValues>& entries);
+    void addTiming(std::string_view key, const CalcOISValueInput& input);
+
+    // Adds what the call sent out and ends the line; nothing may be added afterwards. The text has no line end.
+    const std::string& finish(const std::vector<host::LogEntry>& log);
+
+private:
+    void addLogEntry(const host::LogEntry& entry);
+
+    JsonWriter mJson;
+};
+
+}  // namespace replay

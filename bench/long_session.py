@@ -2,7 +2,7 @@
 """Writes a long session for timing the player: two sensors at 60 frames a second with hall samples at 1 kHz each.
 
     python3 bench/long_session.py --minutes 10 > build/long.jsonl
-    time build/release/tools/replay/lsc_replay build/long.jsonl > /dev/null
+    time build/release/tools/cli/lsc_replay build/long.jsonl > /dev/null
 
 The lens moves on a smooth made-up path; samples and frames are as long as recorded ones are in text.
 """

@@ -1,10 +1,10 @@
-// Property: the sample buffer gives what the plainest code gives: batches divided, found by time and by frame.
+// Property: the queue of samples gives what the plainest code gives: batches divided, found by time and by frame.
 #include <algorithm>
 #include <deque>
 #include <utility>
 #include <vector>
 
-#include "customer/aaa/aaa/lsc/TarvoSensorMonitor.h"
+#include "customer/aaa/aaa/lsc/SampleQueue.h"
 #include "fuzz/Input.h"
 
 namespace {
@@ -12,6 +12,8 @@ namespace {
 using fuzz::require;
 using lsc::Samples;
 using NSCam::Utils::SensorData;
+
+__extension__ using Wide = __int128;
 
 constexpr std::uint32_t kFrames = 30;
 
@@ -37,8 +39,8 @@ struct Model {
         if (!queue.empty() && queue.back().second.back().timestamp > data.front().timestamp) {
             Samples& older = queue.back().second;
             if (older.front().timestamp >= data.front().timestamp) return;
-            const std::uint64_t sum = unsignedTime(older.back()) + unsignedTime(data.front());
-            const auto split = static_cast<std::uint64_t>(static_cast<std::int64_t>(sum) / 2);
+            const Wide sum = Wide{older.back().timestamp} + data.front().timestamp;
+            const auto split = static_cast<std::uint64_t>(sum / 2);
             older.insert(older.end(), data.begin(), data.end());
             std::stable_sort(older.begin(), older.end(), earlier);
             auto cut = older.begin();
@@ -87,7 +89,7 @@ Samples batch(fuzz::Input& input, std::int64_t& time, float& label) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::Input input(data, size);
-    TarvoShadingCustomUtil::TarvoSensorData buffer(kFrames, 0);
+    lsc::SampleQueue queue(kFrames);
     Model model;
     std::int64_t time = 0;
     float label = 0;
@@ -98,18 +100,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Samples expected;
         if (action < 5) {
             actual = expected = batch(input, time, label);
-            buffer.pushValue(frame, actual);
+            queue.push(frame, actual);
             model.push(frame, expected);
         } else if (action == 5) {
-            buffer.getDataByFrame(frame, actual);
+            if (const Samples* const held = queue.byFrame(frame)) actual = *held;
             model.byFrame(frame, expected);
         } else {
             const auto wanted = static_cast<std::uint64_t>(input.time(time));
-            buffer.getDataByTimestamp(wanted, actual);
+            const auto match = queue.firstNotBefore(wanted);
+            if (match && queue.sampleCount() >= lsc::kWindowSize) actual = queue.around(*match);
             model.byTime(wanted, expected);
         }
         require(same(actual, expected));
-        require(buffer.frameCount() == model.queue.size());
+        require(queue.frameCount() == model.queue.size());
     }
     return 0;
 }

@@ -5,8 +5,10 @@
 
 #include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
 #include "fuzz/Input.h"
-#include "tools/replay/Errors.h"
-#include "tools/replay/Player.h"
+#include "tools/play/Player.h"
+#include "tools/report/Summary.h"
+#include "tools/report/Table.h"
+#include "tools/session/Errors.h"
 
 namespace {
 
@@ -107,12 +109,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         wellFormed ? structured({data + 1, size - 1}) : std::string(reinterpret_cast<const char*>(data), size);
     std::istringstream session(text);
     std::ostringstream results;
-    std::ostringstream table;
+    std::ostringstream shown;
+    replay::Table table(shown);
+    replay::Comparison comparison(shown);
+    replay::Statistics statistics;
     replay::PlayOptions options;
     options.results = &results;
-    options.table = &table;
+    options.observers = {&table, &comparison, &statistics};
     try {
         replay::play(session, options);
+        replay::printSummary(shown, statistics, comparison);
     } catch (const replay::SessionError&) {
         fuzz::require(!wellFormed);
     }

@@ -1,7 +1,9 @@
-// A frame's position from end to end, and what the frame road allocates and copies.
+// A frame's position from end to end, and what a calculation allocates and copies.
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -135,17 +137,28 @@ TEST_F(Calculation, AStoredRollingShutterGoesWithItsMonitor) {
     EXPECT_EQ(util.QueryRollingShutter(kSensor), 0U);
 }
 
-TEST_F(Calculation, WritesBothAxesOrNone) {
+TEST_F(Calculation, WritesXThenYAndSaysSoWhateverTheMetadataTakes) {
+    host::setLogSwitches(1, test::kAllDetails, test::kAllModules);
     for (const std::uint32_t refused : {kX, kY}) {
         NSCam::IMetadata frame = test::singleFrame(1100 * kMs, 20 * kMs);
+        test::LogCapture log;
         host::setMetadataRefuses(refused);
         CustomShadingUtil::fillLscOISCompInfo(kSensor, &frame);
-        EXPECT_THAT(test::entry<double>(frame, kX), IsEmpty());
-        EXPECT_THAT(test::entry<double>(frame, kY), IsEmpty());
         host::setMetadataRefuses(std::nullopt);
+        EXPECT_EQ(test::entry<double>(frame, kX).empty(), refused == kX);
+        EXPECT_EQ(test::entry<double>(frame, kY).empty(), refused == kY);
+        EXPECT_THAT(log.take().back(), testing::HasSubstr("cust_lsc_type:1 fill OIS value success!!!"));
+        // One axis alone does not count as written.
         CustomShadingUtil::fillLscOISCompInfo(kSensor, &frame);
+        EXPECT_THAT(test::entry<double>(frame, kX), ElementsAre(79, 0));
         EXPECT_THAT(test::entry<double>(frame, kY), ElementsAre(-158, 0));
     }
+}
+
+TEST_F(Calculation, OneVectorPassedAsBothHoldsXThenYThenZeros) {
+    std::vector<double> both = {1, 2, 3};
+    CustomShadingUtil::CalcOISValue(CustShadingType::kFrame, frameAt(1100), &both, &both, 0, kSensor);
+    EXPECT_THAT(both, ElementsAre(79, -158, 0, 0));
 }
 
 TEST_F(Calculation, ABurstMayNeverRunItsCallbackOrRunItTwice) {
@@ -247,6 +260,24 @@ TEST_F(Settings, TheDumpIsForSingleNeAndSeExposures) {
     EXPECT_THAT(files, testing::UnorderedElementsAre("capture_camera_1_frame_1_1080000_oishall.txt",
                                                      "capture_camera_1_frame_5_1080000_oishall.txt",
                                                      "capture_camera_1_frame_6_1080000_oishall.txt"));
+}
+
+TEST_F(Settings, ADumpThatDoesNotFitIsReported) {
+    const test::ScratchDirectory scratch;
+    std::filesystem::create_directories(test::kDumpDirectory);
+    auto& util = makeWith(0, 0, 1, test::millisecondSamples(1000 * kMs, 200));
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small = {100, before.rlim_max};
+    test::LogCapture log;
+    std::vector<double> x;
+    std::vector<double> y;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    util.CalcOISValue(CustShadingType::kSingleExposure, {1100 * kMs, 0, 0, 20 * kMs, 0, 0}, &x, &y, 3, kSensor);
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_THAT(x, ElementsAre(79, 0));
+    EXPECT_THAT(log.take(), testing::Contains(testing::HasSubstr("the OIS hall dump of frame 3 is not complete !!!")));
 }
 
 }  // namespace

@@ -16,6 +16,7 @@ namespace {
 using host::Operation;
 using test::kSensor;
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 constexpr unsigned int kOisFeature = 2;
 
@@ -93,7 +94,7 @@ TEST_F(OtpRead, ReadsNothingTwiceNorForAnUnknownSensor) {
     EXPECT_TRUE(mUtil.IsSupportFeature(kOisFeature, kSensor));
 }
 
-TEST_F(OtpRead, AMissingProviderOrPointerCountsAsNotStored) {
+TEST_F(OtpRead, AProviderThatIsMissingGivesNoBytesOrThrowsCountsAsNotStored) {
     const auto notStored = ElementsAre(
         "android 6 TarvoShadingCustomUtil: [ReadOTPInfo] Not to stored OTPData !!! "
         "(ReadOTPInfo){#LINE:TarvoShadingCustomUtil}");
@@ -102,12 +103,19 @@ TEST_F(OtpRead, AMissingProviderOrPointerCountsAsNotStored) {
     host::setOtpProviderPresent(true);
     host::setOtpBytesNull(true);
     EXPECT_THAT(errorsOf(test::calibratedSensor(), 1), notStored);
+    host::setOtpBytesNull(false);
+    host::setHook([](Operation operation) {
+        if (operation == Operation::kGetOtpData) throw std::runtime_error("provider");
+    });
+    EXPECT_THAT(errorsOf(test::calibratedSensor(), 2), notStored);
 }
 
 TEST_F(OtpRead, ABlockOutsideTheMemoryIsNotRead) {
     host::Sensor sensor = test::calibratedSensor();
     sensor.otpLayout->at(2) = 0x10000;
-    EXPECT_EQ(errorsOf(sensor, 0).size(), 1U);
+    EXPECT_THAT(errorsOf(sensor, 0),
+                ElementsAre(HasSubstr("[ReadOTPInfo] sensorId:0, multiGolden[valid:10000, gradient:1, "
+                                      "2] is not within 65536 bytes!!! ")));
     EXPECT_TRUE(mUtil.IsSupportFeature(kOisFeature, 0));
     int index = -1;
     mUtil.GetMultiTableIndex(index, 0);
@@ -115,8 +123,32 @@ TEST_F(OtpRead, ABlockOutsideTheMemoryIsNotRead) {
 
     sensor = test::calibratedSensor();
     sensor.otpLayout->at(8) = 0x80000000;
-    EXPECT_EQ(errorsOf(sensor, 1).size(), 1U);
+    EXPECT_THAT(
+        errorsOf(sensor, 1),
+        ElementsAre(HasSubstr("[ReadOTPInfo] sensorId:1, oisCalibration[offset:10, valid:8, indexNum:2147483648, "
+                              "tableNumber:5] is not within 65536 bytes!!! ")));
     EXPECT_FALSE(mUtil.IsSupportFeature(kOisFeature, 1));
+}
+
+TEST_F(OtpRead, AMarkerThatIsNotOneIsReportedWhateverTheOtherWordsSay) {
+    host::Sensor sensor = test::calibratedSensor();
+    *sensor.otpLayout = {0, 8, 3, 0x10000, 0x10000, 0x10000, 8, 4, 0xFFFFFFFF, 0xFFFFFFFF, 1};
+    EXPECT_THAT(errorsOf(sensor, 0), ElementsAre(HasSubstr("sensorId:0, multiGolden is not valid(0)!!!"),
+                                                 HasSubstr("sensorId:0, oisCalibration is not valid(0)!!!")));
+}
+
+TEST_F(OtpRead, ADriverThatThrowsLeavesALayoutOfZeros) {
+    host::setSensor(kSensor, test::calibratedSensor(1));
+    host::setHook([](Operation operation) {
+        if (operation == Operation::kSensorCommandDone) throw std::runtime_error("driver");
+    });
+    EXPECT_FALSE(mUtil.IsSupportFeature(kOisFeature, kSensor));
+    host::setHook(nullptr);
+    // The layout says how many bytes are swapped: none.
+    std::array<unsigned char, 4> source = {1, 2, 3, 4};
+    std::array<unsigned char, 4> table = {};
+    mUtil.SwapOTPInfo(source.data(), table.data(), kSensor);
+    EXPECT_THAT(table, testing::Each(0));
 }
 
 TEST_F(OtpRead, TableSizeBoundsTheCopyAndTheAnswer) {
@@ -146,18 +178,26 @@ TEST_F(OtpRead, SwapWritesTheWholeTableOfAKnownLayout) {
     std::array<unsigned char, 12> table = {};
     mUtil.SwapOTPInfo(source.data(), table.data(), kSensor);
     EXPECT_THAT(table, ElementsAre(0, 1, 8, 9, 6, 7, 4, 5, 2, 3, 0, 0));
+    host::setLogSwitches(1, 0, 0);
+    test::LogCapture log;
     mUtil.SwapOTPInfo(nullptr, table.data(), kSensor);
     mUtil.SwapOTPInfo(source.data(), nullptr, kSensor);
     mUtil.SwapOTPInfo(source.data(), table.data(), 14);
     mUtil.SwapOTPInfo(source.data(), table.data(), -1);
     EXPECT_EQ(table[2], 8);
+    EXPECT_THAT(log.take(),
+                ElementsAre(HasSubstr("source or destination is null"), HasSubstr("source or destination is null"),
+                            HasSubstr("sensorId(14) is invalid"), HasSubstr("sensorId(-1) is invalid")));
 
     host::Sensor sensor = test::calibratedSensor(1);
     sensor.otpLayout->at(8) = 0x80000000;
     host::setSensor(0, sensor);
     mUtil.IsSupportFeature(kOisFeature, 0);
+    log.take();
     mUtil.SwapOTPInfo(source.data(), table.data(), 0);
     EXPECT_EQ(table[10], 0);
+    EXPECT_THAT(log.take(), ElementsAre(HasSubstr("[SwapOTPInfo] sensorId:0, oisCalibration[indexNum:2147483648, "
+                                                  "tableNumber:5] is not within 65536 bytes!!! ")));
 }
 
 }  // namespace

@@ -50,6 +50,26 @@ TEST_F(Host, ProvidersHandOverEachSampleOnce) {
     EXPECT_THAT(fetched(*other, kType), IsEmpty());
 }
 
+TEST_F(Host, HandOversAreHeardOfWithTheirSamples) {
+    const auto provider = SensorProvider::createInstance("user");
+    std::vector<std::vector<std::int64_t>> heard;
+    host::setHandOverListener([&heard](eSensorType type, const std::vector<NSCam::Utils::SensorData>& samples) {
+        EXPECT_EQ(type, kType);
+        host::deliverSamples(type, {});  // no lock is held
+        heard.push_back(test::stamps(samples));
+    });
+    host::deliverSamples(kType, {test::sample(2), test::sample(1)});
+    EXPECT_THAT(fetched(*provider, kType), ElementsAre(2, 1));
+    EXPECT_THAT(fetched(*provider, kType), IsEmpty());
+    EXPECT_THAT(heard, ElementsAre(ElementsAre(2, 1), IsEmpty()));
+    host::setHandOverListener([](auto, const auto&) { throw std::bad_alloc(); });
+    host::deliverSamples(kType, {test::sample(3)});
+    EXPECT_THROW(fetched(*provider, kType), std::bad_alloc);
+    host::reset();
+    EXPECT_THAT(fetched(*provider, kType), IsEmpty());
+    EXPECT_EQ(heard.size(), 2U);
+}
+
 TEST_F(Host, ProvidersCanBeRefused) {
     host::setProviderCreates(false);
     EXPECT_EQ(SensorProvider::createInstance("user"), nullptr);

@@ -1,4 +1,4 @@
-#include "tools/replay/look/Histogram.h"
+#include "tools/report/Histogram.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/replay/Player.h"
+#include "tools/play/Player.h"
 
 #include <gtest/gtest.h>
 

@@ -1,77 +1,92 @@
 // Figures of a session, and what they say would help.
-#include "tools/replay/look/Statistics.h"
+#include "tools/report/Statistics.h"
 
 #include <gmock/gmock.h>
 
 #include <limits>
 
 #include "tests/support/Scene.h"
-#include "tools/replay/FrameInquiry.h"
-#include "tools/replay/look/Summary.h"
+#include "tools/report/Findings.h"
 
 namespace {
 
 using replay::Reason;
 using replay::SensorStatistics;
-using replay::TakenBatch;
 using test::kMs;
+using Fate = lsc::SampleQueue::Fate;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
 class Figures : public testing::Test {
 protected:
-    void take(const std::vector<std::int64_t>& timesMs, TakenBatch::Fate fate = TakenBatch::Fate::kFiled) {
+    void take(const std::vector<std::int64_t>& timesMs, Fate fate = Fate::kFiled) {
         lsc::Samples samples;
         for (const std::int64_t ms : timesMs)
             samples.push_back(test::sample(ms * kMs));
-        mStatistics.batchTaken({mSensor, 1, fate, samples});
+        mStatistics.handedOver({mSensor, mFrame, samples, {fate}});
     }
 
     void miss(Reason::Kind kind, std::uint64_t number = 0) {
         replay::ExposureOutcome outcome;
         outcome.sensor = mSensor;
         outcome.reason = replay::detailedReason(kind, "detail", number);
-        mStatistics.exposureAsked(outcome);
+        mStatistics.exposuresAsked({outcome});
     }
 
     // With a sensor that has no figures yet.
     void startOver() { ++mSensor; }
 
     const SensorStatistics& sensor() const { return mStatistics.sensors().at(mSensor); }
-    std::vector<std::string> advice() const { return replay::advice(sensor()); }
+    std::vector<std::string> advice() const {
+        std::vector<std::string> lines;
+        for (const replay::Finding& finding : replay::findings(mSensor, sensor()))
+            lines.push_back(replay::adviceOf(finding));
+        return lines;
+    }
 
     replay::Statistics mStatistics;
     std::int32_t mSensor = 0;
+    std::uint32_t mFrame = 1;
 };
 
 TEST_F(Figures, PeriodsAreThoseOfNewSamplesInOrder) {
     take({1, 2, 3});
-    take({2, 3, 4}, TakenBatch::Fate::kSplit);  // two of them known
-    take({1}, TakenBatch::Fate::kDiscarded);
-    take({}, TakenBatch::Fate::kEmpty);
+    take({2, 3, 4}, Fate::kSplit);  // two of them known
+    take({1}, Fate::kDiscarded);
+    take({}, Fate::kEmpty);
     take({9});
     EXPECT_EQ(sensor().periodUs.count(), 4U);
     EXPECT_EQ(sensor().periodUs.quantile(0.5), 1000U);
     EXPECT_EQ(sensor().periodUs.max(), 5000U);
     EXPECT_EQ(sensor().gaps(), 1U);
-    EXPECT_EQ(sensor().filed, 3U);
-    EXPECT_EQ(sensor().split, 1U);
-    EXPECT_EQ(sensor().discarded, 1U);
-    EXPECT_EQ(sensor().empty, 1U);
+    EXPECT_EQ(sensor().filed(), 3U);
+    EXPECT_EQ(sensor().batchesOf(Fate::kSplit), 1U);
+    EXPECT_EQ(sensor().batchesOf(Fate::kDiscarded), 1U);
+    EXPECT_EQ(sensor().batchesOf(Fate::kEmpty), 1U);
 }
 
 TEST_F(Figures, APauseOfTheMonitorIsNoGap) {
-    take({1, 2, 3});
+    for (mFrame = 1; mFrame <= 4; ++mFrame)
+        take({mFrame});
     mStatistics.monitorStarted(mSensor);
+    mFrame = 50;
     take({9000, 9001});
     EXPECT_EQ(sensor().periodUs.max(), 1000U);
+    EXPECT_EQ(sensor().missingHandOvers(), 0U);
+}
+
+TEST_F(Figures, BatchesDeliveredAgainHaveNoStampOfTheFuture) {
+    take({1, 2, 3});
+    for (int i = 0; i < 4; ++i)
+        take({1, 2}, Fate::kDiscarded);
+    EXPECT_THAT(advice(), ElementsAre(HasSubstr("4 discarded batches")));
 }
 
 TEST_F(Figures, TheWholeRangeOfTimeFits) {
     const lsc::Samples ends = {test::sample(std::numeric_limits<std::int64_t>::min()),
                                test::sample(std::numeric_limits<std::int64_t>::max())};
-    mStatistics.batchTaken({mSensor, 1, TakenBatch::Fate::kFiled, ends});
+    mStatistics.handedOver({mSensor, 1, ends, {Fate::kFiled}});
     EXPECT_EQ(sensor().periodUs.max(), std::numeric_limits<std::uint64_t>::max() / 1000 + 1);
 }
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "aaa/aaa/lsc/ShadingCustomUtil.h"
+#include "customer/aaa/aaa/lsc/OisMetadata.h"
 #include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
 
 namespace test {
@@ -17,9 +18,9 @@ constexpr std::uint32_t kPairsTag = 0xC00A0006;
 constexpr std::uint32_t kBlockTag = 0xC0030000;
 
 NSCam::IMetadata::Memory exposureBlock(std::uint64_t exposureNs, std::uint64_t seExposureNs) {
-    auto bytes = std::make_shared<std::vector<std::uint8_t>>(4712);
-    std::memcpy(bytes->data() + 4592, &exposureNs, sizeof exposureNs);
-    std::memcpy(bytes->data() + 4704, &seExposureNs, sizeof seExposureNs);
+    auto bytes = std::make_shared<std::vector<std::uint8_t>>(lsc::kExposureBlockSize);
+    std::memcpy(bytes->data() + lsc::kExposureOffset, &exposureNs, sizeof exposureNs);
+    std::memcpy(bytes->data() + lsc::kSeExposureOffset, &seExposureNs, sizeof seExposureNs);
     return NSCam::IMetadata::Memory(std::move(bytes));
 }
 

@@ -1,6 +1,9 @@
 // The hall dump file, byte for byte.
 #include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -12,6 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char kPath[] = "data/vendor/camera_dump/capture_camera_-3_frame_-1_-5_oishall.txt";
+
 class HallDump : public testing::Test {
 protected:
     HallDump() {
@@ -21,12 +26,13 @@ protected:
         mSpan.end = 2;
     }
 
-    void write(const std::vector<double>& x, const std::vector<double>& y) {
-        lsc::writeOisHallDump(-3, 0xFFFFFFFF, {0, 20'000, std::uint64_t(-5), 9'000}, mSamples, mSpan, x, y);
+    bool write(const std::vector<double>& x, const std::vector<double>& y) {
+        return lsc::writeOisHallDump(-3, 0xFFFFFFFF, {0, 20'000'000, 20'000, std::uint64_t(-5), 9'000}, mSamples, mSpan,
+                                     x, y);
     }
 
     static std::string content() {
-        std::ifstream file("data/vendor/camera_dump/capture_camera_-3_frame_-1_-5_oishall.txt");
+        std::ifstream file(kPath);
         std::stringstream text;
         text << file.rdbuf();
         return text.str();
@@ -57,8 +63,36 @@ TEST_F(HallDump, HoldsSpanResultAndTimes) {
 }
 
 TEST_F(HallDump, IsSkippedWithoutItsDirectory) {
-    write({4, 0}, {5, 0});
+    EXPECT_TRUE(write({4, 0}, {5, 0}));
     EXPECT_TRUE(fs::is_empty("."));
+}
+
+TEST_F(HallDump, WritesNothingButAFile) {
+    fs::create_directories(test::kDumpDirectory);
+    std::ofstream("elsewhere") << "kept";
+    fs::create_symlink(fs::absolute("elsewhere"), kPath);
+    write({4, 0}, {5, 0});
+    EXPECT_EQ(content(), "kept");
+    fs::remove(kPath);
+    ASSERT_EQ(mkfifo(kPath, 0600), 0);
+    EXPECT_TRUE(write({4, 0}, {5, 0}));  // and does not wait for a reader
+    EXPECT_TRUE(fs::is_fifo(kPath));
+    fs::remove(kPath);
+    std::ofstream(kPath) << std::string(10'000, 'x');
+    write({4}, {5, 0});
+    EXPECT_EQ(content(), std::string(kHead) + kTail);
+}
+
+TEST_F(HallDump, TellsThatTheDiskIsFull) {
+    fs::create_directories(test::kDumpDirectory);
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small = {100, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    EXPECT_FALSE(write({4, 0}, {5, 0}));
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_EQ(content().size(), 100U);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Arithmetic on the layout and the bytes of an OTP memory.
+// What is made of the layout and the bytes of an OTP memory.
 #include <gmock/gmock.h>
 
 #include "customer/aaa/aaa/lsc/OtpCalibration.h"
@@ -6,6 +6,7 @@
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
+using lsc::BlockState;
 using testing::ElementsAre;
 
 TEST(Golden, IndexFollowsTheSignedGradient) {
@@ -49,28 +50,55 @@ TEST(Table, WritesWholeEntriesAsFarAsTheCapacityReaches) {
     EXPECT_THAT(reordered({1, 2}, 0, 9, 100), testing::Each(0xEE));
 }
 
-TEST(Layout, NamesOnlyBytesOfAnOtpMemory) {
-    const auto golden = [](std::uint32_t valid, std::uint32_t gradient, std::uint32_t flag) {
-        return lsc::isPlausible(OTPInfo::MultiGolden{0xFFFFFFFF, 0xFFFFFFFF, valid, gradient, flag});
-    };
-    EXPECT_TRUE(golden(0xFFFF, 0xFFFF, 0xFFFF));
-    EXPECT_FALSE(golden(0x10000, 0, 0));
-    EXPECT_FALSE(golden(0, 0x10000, 0));
-    EXPECT_FALSE(golden(0, 0, 0xFFFFFFFF));
+// An OTP memory of full size; its first two bytes are a marker of 1 and one of 7.
+class Blocks : public testing::Test {
+protected:
+    BlockState golden(std::uint32_t valid, std::uint32_t gradient, std::uint32_t flag) const {
+        return lsc::decodeBlock(OTPInfo::MultiGolden{kBeyond, kBeyond, valid, gradient, flag}, mOtp.data()).state;
+    }
+    BlockState calibration(std::uint32_t offset, std::uint32_t valid, std::uint32_t rows, std::uint32_t entries) const {
+        return lsc::decodeBlock(OTPInfo::OisCalibration{offset, 4, valid, rows, entries}, mOtp.data()).state;
+    }
 
-    const auto ois = [](std::uint32_t offset, std::uint32_t valid, std::uint32_t rows, std::uint32_t entries) {
-        return lsc::isPlausible(OTPInfo::OisCalibration{offset, 0, valid, rows, entries});
-    };
-    EXPECT_TRUE(ois(0, 0xFFFF, 0x8000, 1));
-    EXPECT_TRUE(ois(0x10000, 0, 0, 0xFFFFFFFF));
-    EXPECT_FALSE(ois(0x10001, 0, 0, 0));
-    EXPECT_FALSE(ois(0, 0x10000, 0, 0));
-    EXPECT_FALSE(ois(1, 0, 0x8000, 1));
-    EXPECT_FALSE(ois(0xFFFFFFFF, 0, 1, 1));
+    static constexpr std::uint32_t kBeyond = 0xFFFFFFFF;
+    static constexpr std::uint32_t kLast = lsc::kOtpMemorySize - 1;
+    static constexpr std::uint32_t kNot = 1;  // offset of the marker that is not 1
+    Bytes mOtp = [] {
+        Bytes otp(lsc::kOtpMemorySize);
+        otp.front() = otp.back() = 1;
+        otp[kNot] = 7;
+        return otp;
+    }();
+};
+
+TEST_F(Blocks, TheMarkerComesFirstAndOnlyThenTheOtherWords) {
+    EXPECT_EQ(golden(0, kLast, kLast), BlockState::kValid);
+    EXPECT_EQ(golden(kLast, 0, 0), BlockState::kValid);
+    EXPECT_EQ(golden(kLast + 1, 0, 0), BlockState::kOutside);
+    EXPECT_EQ(golden(0, kLast + 1, 0), BlockState::kOutside);
+    EXPECT_EQ(golden(0, 0, kBeyond), BlockState::kOutside);
+    EXPECT_EQ(golden(kNot, kBeyond, kBeyond), BlockState::kNotValid);
+
+    EXPECT_EQ(calibration(0, kLast, 0x8000, 1), BlockState::kValid);
+    EXPECT_EQ(calibration(lsc::kOtpMemorySize, 0, 0, kBeyond), BlockState::kValid);
+    EXPECT_EQ(calibration(lsc::kOtpMemorySize + 1, 0, 0, 0), BlockState::kOutside);
+    EXPECT_EQ(calibration(0, kLast + 1, 0, 0), BlockState::kOutside);
+    EXPECT_EQ(calibration(1, 0, 0x8000, 1), BlockState::kOutside);
+    EXPECT_EQ(calibration(kBeyond, 0, 1, 1), BlockState::kOutside);
+    EXPECT_EQ(calibration(kBeyond, kNot, kBeyond, kBeyond), BlockState::kNotValid);
     // Products that come back to 0 in 32 and in 64 bits.
-    EXPECT_FALSE(ois(0, 0, 0x80000000, 2));
-    EXPECT_FALSE(ois(0, 0, 0x80000000, 0x80000000));
-    EXPECT_FALSE(ois(0, 0, 0xFFFFFFFF, 0xFFFFFFFF));
+    EXPECT_EQ(calibration(0, 0, 0x80000000, 2), BlockState::kOutside);
+    EXPECT_EQ(calibration(0, 0, 0x80000000, 0x80000000), BlockState::kOutside);
+    EXPECT_EQ(calibration(0, 0, kBeyond, kBeyond), BlockState::kOutside);
+}
+
+TEST_F(Blocks, AnInvalidBlockShowsItsMarkerAndGivesNothing) {
+    const lsc::GoldenBlock golden = lsc::decodeBlock(OTPInfo::MultiGolden{0, 0, kNot, 0, 0}, mOtp.data());
+    EXPECT_EQ(golden.marker, 7);
+    EXPECT_EQ(golden.tableIndex, 0);
+    const lsc::CalibrationBlock table = lsc::decodeBlock(OTPInfo::OisCalibration{0, 4, kNot, 1, 2}, mOtp.data());
+    EXPECT_EQ(table.marker, 7);
+    EXPECT_EQ(table.table, nullptr);
 }
 
 }  // namespace

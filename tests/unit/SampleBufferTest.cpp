@@ -69,13 +69,55 @@ TEST_F(SampleBuffer, KeepsAnEntryOnlyForASideThatHoldsSamples) {
     EXPECT_THAT(push(2, {10, 50}), ElementsAre(-20, 10, 40, 50));
     EXPECT_EQ(mBuffer.frameCount(), 1U);
     EXPECT_THAT(held(1), IsEmpty());
+}
 
-    mBuffer.clear();
-    constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
-    push(3, {kMax - 9, kMax - 1});
-    EXPECT_THAT(push(4, {kMax - 5, kMax}), IsEmpty());
+TEST_F(SampleBuffer, KeepsNoEntryForABatchThatGoesToTheOlderSide) {
+    constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
+    push(3, {kMin, 0});
+    EXPECT_THAT(push(4, {kMin + 1}), IsEmpty());
     EXPECT_EQ(mBuffer.frameCount(), 1U);
-    EXPECT_THAT(held(3), ElementsAre(kMax - 9, kMax - 5, kMax - 1, kMax));
+    EXPECT_THAT(held(3), ElementsAre(kMin, kMin + 1, 0));
+}
+
+TEST_F(SampleBuffer, AStampAtTheEndOf64BitsDoesNotSwallowLaterBatches) {
+    constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
+    push(1, {10, kMax});
+    for (std::uint32_t frame = 2; frame < 20; ++frame)
+        push(frame, {frame * 10, frame * 10 + 9});
+    EXPECT_THAT(held(1), ElementsAre(10, 20, 29));
+    EXPECT_THAT(held(2), ElementsAre(kMax));
+    EXPECT_EQ(mBuffer.frameCount(), 2U);
+}
+
+TEST(SampleBufferBound, DropsTheOldestSamplesAndSaysSoOnce) {
+    TarvoShadingCustomUtil::TarvoSensorData buffer{30, 0};
+    host::setLogSwitches(1, 0, 0);
+    test::LogCapture log;
+    const auto millions = [&buffer](std::uint32_t frame, std::int64_t first, int count) {
+        Samples batch = test::millisecondSamples(first * test::kMs, count);
+        buffer.pushValue(frame, batch);
+    };
+    const auto first = [&buffer](std::uint32_t frame) {
+        Samples out;
+        buffer.getDataByFrame(frame, out);
+        return out.empty() ? -1 : out.front().timestamp / test::kMs;
+    };
+    constexpr int kLimit = 1 << 20;
+    millions(1, 0, 5);
+    millions(2, 5, kLimit - 5);
+    EXPECT_THAT(log.take(), IsEmpty());
+    millions(3, kLimit, 7);
+    EXPECT_EQ(first(1), -1);
+    EXPECT_EQ(first(2), 7);
+    EXPECT_THAT(log.take(), ElementsAre(testing::HasSubstr("[pushValue] more than 1048576 samples buffered")));
+    millions(4, 2 * kLimit, 2 * kLimit + 3);
+    EXPECT_EQ(buffer.frameCount(), 1U);
+    EXPECT_EQ(first(4), 3 * kLimit + 3);
+    EXPECT_THAT(log.take(), IsEmpty());
+    buffer.clear();
+    millions(5, 0, kLimit + 1);
+    EXPECT_EQ(log.take().size(), 1U);
+    host::reset();
 }
 
 TEST_F(SampleBuffer, KeepsThirtyFrames) {

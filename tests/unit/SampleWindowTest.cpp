@@ -6,6 +6,7 @@
 #include <random>
 
 #include "customer/aaa/aaa/lsc/SampleBatch.h"
+#include "customer/aaa/aaa/lsc/SampleQueue.h"
 #include "customer/aaa/aaa/lsc/SampleWindow.h"
 #include "tests/support/Scene.h"
 
@@ -46,6 +47,14 @@ TEST(SampleBatch, RelationLooksAtTheBeginOfTheNewerBatch) {
     EXPECT_EQ(lsc::relationOf(older, at({kMin})), BatchRelation::kStale);
 }
 
+TEST(SampleQueue, KnowsItsNewestSample) {
+    lsc::SampleQueue queue(2);
+    EXPECT_EQ(queue.newestNs(), std::nullopt);
+    Samples batch = at({5, 7});
+    queue.push(1, batch);
+    EXPECT_EQ(queue.newestNs(), 7);
+}
+
 struct SplitCase {
     std::vector<std::int64_t> older, newer;
     std::int64_t splitTime;
@@ -53,15 +62,19 @@ struct SplitCase {
 };
 
 TEST(SampleBatch, DividesAtTheMiddleOfTheOverlap) {
-    const SplitCase cases[] = {{{10, 20, 30, 40}, {25, 35, 45, 55}, 32, {10, 20, 25, 30}, {35, 40, 45, 55}},
-                               // A sample at the split time goes to the newer side.
-                               {{10, 40}, {20, 30}, 30, {10, 20}, {30, 40}},
-                               // Toward zero, not down: -25 / 2 is -12, which is the sample's own stamp.
-                               {{-30, -12}, {-13, -12}, -12, {-30, -13}, {-12, -12}},
-                               // A negative stamp is after every other one in unsigned order, so the cut comes first.
-                               {{-20, 40}, {10, 50}, 25, {}, {-20, 10, 40, 50}},
-                               // Beyond 64 bits the sum wraps; the split time is then later than every stamp.
-                               {{kMax - 9, kMax - 1}, {kMax - 5, kMax}, -4, {kMax - 9, kMax - 5, kMax - 1, kMax}, {}}};
+    const SplitCase cases[] = {
+        {{10, 20, 30, 40}, {25, 35, 45, 55}, 32, {10, 20, 25, 30}, {35, 40, 45, 55}},
+        // A sample at the split time goes to the newer side.
+        {{10, 40}, {20, 30}, 30, {10, 20}, {30, 40}},
+        // Toward zero, not down: -25 / 2 is -12, which is the sample's own stamp.
+        {{-30, -12}, {-13, -12}, -12, {-30, -13}, {-12, -12}},
+        // A negative stamp is after every other one in unsigned order, so the cut comes first.
+        {{-20, 40}, {10, 50}, 25, {}, {-20, 10, 40, 50}},
+        // The sum leaves 64 bits, its half does not.
+        {{kMax - 9, kMax - 1}, {kMax - 5, kMax}, kMax - 3, {kMax - 9, kMax - 5}, {kMax - 1, kMax}},
+        {{0, kMax}, {1, 2}, kMax / 2 + 1, {0, 1, 2}, {kMax}},
+        {{kMin, 0}, {kMin + 1}, kMin / 2 + 1, {kMin, kMin + 1, 0}, {}},
+        {{kMin, kMax}, {kMin + 2}, 0, {}, {kMin, kMin + 2, kMax}}};
     for (const SplitCase& c : cases) {
         const lsc::SplitBatches split = lsc::splitBatches(at(c.older), at(c.newer));
         EXPECT_EQ(split.splitTime, c.splitTime);

@@ -51,7 +51,7 @@ TEST(Times, StartWrapsWhenTheExposureIsLongerThanTheClock) {
 
 TEST(Times, OffsetFollowsTheShorterOfExposureAndShutter) {
     const auto offset = [](std::uint64_t exposureUs, std::uint32_t shutterUs) {
-        return lsc::sampleTimeOffset({0, exposureUs, 0, shutterUs});
+        return lsc::sampleTimeOffset({0, 0, exposureUs, 0, shutterUs});
     };
     EXPECT_EQ(offset(500, 900), -437);
     EXPECT_EQ(offset(900, 500), -437);
@@ -96,7 +96,7 @@ TEST(Span, CoversExposureStartToReadoutEnd) {
                               {"end at the first entry takes all", {1000, 2000, 3000, 4000}, 1000, 0, 0, 3},
                               {"no shutter, later start", {1000, 2000, 3000, 4000}, 2000, 0, 1, 1}};
     for (const SpanCase& c : cases) {
-        const SpanSearch span = lsc::findSpan(at(c.times), {0, 0, c.startUs, c.shutterUs});
+        const SpanSearch span = lsc::findSpan(at(c.times), {0, 0, 0, c.startUs, c.shutterUs});
         EXPECT_EQ(span.start, c.start) << c.what;
         EXPECT_EQ(span.end, c.end) << c.what;
     }
@@ -139,7 +139,7 @@ TEST(Span, IsThatOfThePlainSearch) {
         const ActiveSamples samples = at(times);
         const std::uint64_t startUs = base + below(22 * step) - 1000;
         const std::uint32_t shutterUs = below(12 * step);
-        const SpanSearch span = lsc::findSpan(samples, {0, 0, startUs, shutterUs});
+        const SpanSearch span = lsc::findSpan(samples, {0, 0, 0, startUs, shutterUs});
         ASSERT_EQ((std::pair<int, int>(span.start, span.end)), plainSpan(samples, startUs, shutterUs))
             << "seed 11, round " << round;
         found += span.startFound ? 1 : 0;

@@ -1,12 +1,13 @@
 // What a device made of an exposure beside what the workstation made of it.
-#include "tools/replay/Expectations.h"
+#include "tools/report/Comparison.h"
 
 #include <gmock/gmock.h>
 
 #include <map>
 #include <sstream>
 
-#include "tools/replay/Errors.h"
+#include "tools/session/Errors.h"
+#include "tools/session/Expectation.h"
 
 namespace {
 
@@ -24,24 +25,25 @@ protected:
         outcome.type = 1;
         outcome.position = position;
         if (!position || earlier) outcome.reason = replay::plainReason(replay::Reason::Kind::kAlreadyWritten);
-        mExpectations.asked({outcome});
+        mComparison.exposuresAsked({outcome});
     }
     // What is printed of a device's result.
     std::string device(const std::string& line) {
-        std::ostringstream out;
-        mExpectations.check(replay::readExpectation("#expect " + line), out);
-        return out.str();
+        mOut.str("");
+        mComparison.expected(replay::readExpectation("#expect " + line));
+        return mOut.str();
     }
     // The counts that are not 0, without their heading.
     std::map<std::string, std::uint64_t> counts() const {
         std::map<std::string, std::uint64_t> found;
-        for (const auto& [label, count] : mExpectations.counts()) {
+        for (const auto& [label, count] : mComparison.counts()) {
             if (count != 0 && label.starts_with("  ")) found.emplace(label.substr(2), count);
         }
         return found;
     }
 
-    replay::Expectations mExpectations;
+    std::ostringstream mOut;
+    replay::Comparison mComparison{mOut};
 };
 
 TEST_F(Compared, OneInTheLastDecimalIsRounding) {
@@ -66,11 +68,11 @@ TEST_F(Compared, APositionOnOneSideOnlyIsTold) {
     EXPECT_THAT(device(R"({"sensor":1,"type":1,"x":"1.000000","y":"2.000000"})"), HasSubstr("here no position"));
     here(replay::Position{1, 2}, true);  // written by an earlier call
     EXPECT_THAT(device(none), IsEmpty());
-    EXPECT_EQ(mExpectations.counts().front().second, 5U);
+    EXPECT_EQ(mComparison.counts().front().second, 5U);
 }
 
 TEST_F(Compared, NothingComparedGivesNoCounts) {
-    EXPECT_THAT(mExpectations.counts(), IsEmpty());
+    EXPECT_THAT(mComparison.counts(), IsEmpty());
 }
 
 TEST_F(Compared, WhatIsNoExpectationIsRefused) {

@@ -1,5 +1,5 @@
 // Numbers and texts of results are compared byte for byte: their form is exact.
-#include "tools/replay/JsonText.h"
+#include "tools/session/JsonWriter.h"
 
 #include <gtest/gtest.h>
 
@@ -8,17 +8,16 @@
 #include <cstdlib>
 #include <limits>
 #include <random>
+#include <vector>
 
 namespace {
 
 template <typename T>
 std::string text(T value) {
-    std::string out;
-    replay::appendNumber(out, value);
-    return out;
+    return replay::JsonWriter().value(value).text();
 }
 
-TEST(JsonText, NumbersAreFixedFromATenThousandthToBelow1e16) {
+TEST(JsonWriter, NumbersAreFixedFromATenThousandthToBelow1e16) {
     struct Case {
         double value;
         const char* text;
@@ -53,7 +52,7 @@ TEST(JsonText, NumbersAreFixedFromATenThousandthToBelow1e16) {
     EXPECT_EQ(text(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808");
 }
 
-TEST(JsonText, EveryFiniteNumberReadsBackToItself) {
+TEST(JsonWriter, EveryFiniteNumberReadsBackToItself) {
     std::mt19937_64 random(20);
     for (int i = 0; i < 20'000; ++i) {
         const auto wide = std::bit_cast<double>(random());
@@ -67,14 +66,20 @@ TEST(JsonText, EveryFiniteNumberReadsBackToItself) {
     }
 }
 
-TEST(JsonText, StringsHoldAnyBytes) {
-    std::string out;
-    replay::appendString(out, std::string_view("a\"\\\n\0\x1f\xc3\xa9\xff", 9));
-    EXPECT_EQ(out, "\"a\\\"\\\\\\n\\u0000\\u001f\xc3\xa9\xef\xbf\xbd\"");
-    out.clear();
+TEST(JsonWriter, StringsHoldAnyBytes) {
+    EXPECT_EQ(text(std::string_view("a\"\\\n\0\x1f\xc3\xa9\xff", 9)),
+              "\"a\\\"\\\\\\n\\u0000\\u001f\xc3\xa9\xef\xbf\xbd\"");
     const std::uint8_t bytes[] = {0x00, 0x7f, 0xa5, 0xff};
-    replay::appendBytes(out, bytes);
-    EXPECT_EQ(out, "\"007fa5ff\"");
+    EXPECT_EQ(replay::JsonWriter().bytes(bytes).text(), "\"007fa5ff\"");
+}
+
+TEST(JsonWriter, CommasStandBetweenNeighboursAlone) {
+    replay::JsonWriter json;
+    json.beginObject().member("empty", std::vector<int>()).key("object").beginObject().endObject();
+    json.member("list", std::vector<std::string>{"{", ":"}).member("flag", true).key("rows").beginList();
+    json.value(std::vector<int>{1, 2}).value(nullptr).verbatim("1.50").endList().endObject();
+    EXPECT_EQ(json.take(), R"({"empty":[],"object":{},"list":["{",":"],"flag":true,"rows":[[1,2],null,1.50]})");
+    EXPECT_EQ(json.value(1).text(), "1");  // begins anew
 }
 
 }  // namespace

@@ -1,0 +1,38 @@
+#!/usr/bin/env python3
+"""lsc_replay from the command line: messages and exit statuses for what cannot be played or imported."""
+import unittest
+
+from tool import HANDHELD, REPLAY, ToolTest
+
+
+class Command(ToolTest):
+    def test_says_what_is_wrong(self):
+        self.write("s.jsonl", '{"call":"IsEnabled","sensor":0}\n')
+        self.write("expect.jsonl", '{"call":"CalcOISValue","type":1,"input":{},"frame":0,"sensor":0}\n'
+                                   '#expect {"sensor":0,"type":1,"x":"1.0","y":"one"}\n')
+        cases = [
+            (1, "missing.txt: No such file", ["import", "missing.txt"]),
+            (1, ".: is a directory", ["import", "."]),
+            (2, "s.jsonl:1: no message of the library", ["import", "s.jsonl"]),
+            (2, "CAPTURE is required", ["import"]),
+            (2, "SESSION is required", []),
+            (2, "expect.jsonl:2: y: expected a number as text", ["expect.jsonl"]),
+        ]
+        for status, message, arguments in cases:
+            with self.subTest(message):
+                self.assertIn(message, self.replay(*arguments, status=status))
+
+    def test_input_is_not_overwritten(self):
+        log = self.run_command([*REPLAY, "--log", HANDHELD]).stderr
+        capture = self.write("capture.txt", log)
+        message = self.replay("import", "capture.txt", "-o", "capture.txt", status=1)
+        self.assertIn("capture.txt: this is an input file; choose another output file", message)
+        self.assertEqual(capture.read_text(), log)
+
+    def test_help_ends_with_examples(self):
+        for arguments in ["--help"], ["import", "--help"]:
+            self.assertIn("Examples:", self.replay(*arguments))
+
+
+if __name__ == "__main__":
+    unittest.main()

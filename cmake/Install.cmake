@@ -9,29 +9,18 @@ if(LSC_BUILD_HOST)
   set_target_properties(lsc_replay PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS lsc_replay)
   install(FILES docs/lsc_replay.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-  install(FILES tools/replay/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+  install(FILES tools/cli/completion.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
     RENAME lsc_replay)
 endif()
-install(TARGETS ${installed} EXPORT lsc_custom)
-
-set(include_root ${CMAKE_INSTALL_INCLUDEDIR}/lsc_custom)
-install(FILES
-  aaa/aaa/lsc/Export.h aaa/aaa/lsc/ShadingCustom.h aaa/aaa/lsc/ShadingCustomUtil.h aaa/aaa/lsc/ThreadAnnotations.h
-  DESTINATION ${include_root}/aaa/aaa/lsc)
-install(FILES customer/aaa/aaa/lsc/OtpRecords.h customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h
-  DESTINATION ${include_root}/customer/aaa/aaa/lsc)
-file(GLOB platform_headers CONFIGURE_DEPENDS platform/*.h)
-install(FILES ${platform_headers} DESTINATION ${include_root}/platform)
-if(LSC_BUILD_HOST)
-  install(FILES platform/host/Host.h DESTINATION ${include_root}/platform/host)
-endif()
+install(TARGETS ${installed} EXPORT lsc_custom
+  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lsc_custom)
 
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/lsc_custom)
 install(EXPORT lsc_custom NAMESPACE lsc:: FILE lsc_customTargets.cmake DESTINATION ${package})
-configure_package_config_file(cmake/lsc_customConfig.cmake.in ${CMAKE_BINARY_DIR}/lsc_customConfig.cmake
+configure_package_config_file(cmake/lsc_customConfig.cmake.in ${PROJECT_BINARY_DIR}/lsc_customConfig.cmake
   INSTALL_DESTINATION ${package})
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/lsc_customConfigVersion.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_BINARY_DIR}/lsc_customConfig.cmake ${CMAKE_BINARY_DIR}/lsc_customConfigVersion.cmake
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/lsc_customConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/lsc_customConfig.cmake ${PROJECT_BINARY_DIR}/lsc_customConfigVersion.cmake
   DESTINATION ${package})
 
 # The file finds its prefix from where it lies, so that an installed tree can be moved.
@@ -40,5 +29,5 @@ set(pc_libraries -llsc_custom)
 if(LSC_BUILD_HOST)
   string(APPEND pc_libraries " -llsc_host_platform")
 endif()
-configure_file(cmake/lsc_custom.pc.in ${CMAKE_BINARY_DIR}/lsc_custom.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/lsc_custom.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+configure_file(cmake/lsc_custom.pc.in ${PROJECT_BINARY_DIR}/lsc_custom.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/lsc_custom.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

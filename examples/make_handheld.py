@@ -2,7 +2,9 @@
 """Writes a session of a phone held in the hand: hall samples, frames and the calls made for them.
 
     python3 examples/make_handheld.py > examples/handheld.jsonl
+    python3 examples/make_handheld.py --truth > examples/handheld.truth.csv
     python3 examples/make_handheld.py --check examples/handheld.jsonl     exit status 1 when the file differs
+    python3 examples/make_handheld.py --truth --check examples/handheld.truth.csv
 
 Nothing in the session was recorded. The figures below are round numbers chosen to be plausible for a steady two-handed
 grip and for a main camera's stabiliser; they are fitted to no measurement, hand or phone. Only the band of the tremor
@@ -20,7 +22,11 @@ within the stroke of +-150 um. The actuator follows it as a second-order low pas
 
 The hall sensor is polled at 1 kHz, each reading up to 30 us early or late. A reading is a 12-bit count around 2048,
 12.5 counts/um, with 1.2 counts rms of noise: oisHallX and oisHallY. The position, oisX and oisY in um, is the count
-times the axis' own calibrated scale, to 4 decimals.
+times the axis' own calibrated scale, to 4 decimals. --stamp-delay stamps each reading later than it was taken, as a
+driver does that filters before it reads the clock.
+
+The true path is the lens itself every millisecond, without noise, in the unit of oisX and oisY: the lens moves within
+0.003 um of the straight lines between these points.
 
 Frames come 60 times a second, their time stamps (start of readout, ns) within 5 us of that. Exposure is in whole rows
 and follows the scene with a time constant of a third of a second. Samples are handed over 14 ms after each start of
@@ -66,6 +72,7 @@ HALL_CENTRE = 2048
 HALL_COUNTS_PER_UM = 12.5
 HALL_NOISE_COUNTS = 1.2
 HALL_GAP_NS = 60_000_000
+TRUTH_PERIOD_NS = 1_000_000
 
 FRAMES_PER_SECOND = 60
 FRAME_NS = 16_666_667
@@ -156,21 +163,29 @@ def lens_trace(axis, rng, steps):
     return trace
 
 
+def lens_at(trace, since_start):
+    step, rest = divmod(since_start, STEP_NS)
+    return trace[step] + (trace[step + 1] - trace[step]) * (rest / STEP_NS)
+
+
 def hall_reading(axis, trace, since_start, rng):
     """One polled axis: the raw count, and the position in um that the driver makes of it."""
-    step, rest = divmod(since_start, STEP_NS)
-    lens = trace[step] + (trace[step + 1] - trace[step]) * (rest / STEP_NS)
+    lens = lens_at(trace, since_start)
     noise = rng.random() + rng.random() + rng.random() + rng.random() + rng.random() + rng.random() - 3.0
     count = round(HALL_CENTRE + HALL_COUNTS_PER_UM * lens + HALL_NOISE_COUNTS * SQRT_2 * noise)
     count = min(4095, max(0, count))
     return count, round((count - HALL_CENTRE) * axis.um_per_count, 4)
 
 
-def hall_samples(seed, begin, end, gap):
-    """All samples of the session in time order, without those that fall into the gap."""
+def lens_traces(seed, begin, end):
+    """Both axes from one time to another."""
     steps = (end - begin) // STEP_NS + 2
-    yaw = lens_trace(YAW, stream(seed, "yaw"), steps)
-    pitch = lens_trace(PITCH, stream(seed, "pitch"), steps)
+    return lens_trace(YAW, stream(seed, "yaw"), steps), lens_trace(PITCH, stream(seed, "pitch"), steps)
+
+
+def hall_samples(seed, begin, end, gap, stamp_delay):
+    """All samples of the session in time order, without those that fall into the gap."""
+    yaw, pitch = lens_traces(seed, begin, end)
     jitter, noise = stream(seed, "poll"), stream(seed, "hall")
     samples = []
     for nominal in range(begin + HALL_JITTER_NS, end - HALL_JITTER_NS, HALL_PERIOD_NS):
@@ -178,7 +193,7 @@ def hall_samples(seed, begin, end, gap):
         hall_x, x = hall_reading(YAW, yaw, time - begin, noise)
         hall_y, y = hall_reading(PITCH, pitch, time - begin, noise)
         if not gap[0] <= time < gap[1]:
-            samples.append([time, hall_x, hall_y, x, y])
+            samples.append([time + stamp_delay, hall_x, hall_y, x, y])
     return samples
 
 
@@ -366,25 +381,49 @@ def closing_lines():
     yield {"call": "uninit", "index": SENSOR, "dummy": 0}
 
 
-def session_lines(seed, seconds):
-    count = seconds * FRAMES_PER_SECOND
-    frames = make_frames(seed, count)
+def session_limits(frames):
+    return START_NS - HALL_LEAD_NS, frames[-1].sof + FRAME_NS
+
+
+def command_line(options):
+    """The command that makes a file, for its head."""
+    delay = f" --stamp-delay {options.stamp_delay}" if options.stamp_delay else ""
+    truth = " --truth" if options.truth else ""
+    return f"python3 examples/make_handheld.py --seed {options.seed} --seconds {options.seconds}{delay}{truth}"
+
+
+def truth_lines(options):
+    """The path of the lens as columns."""
+    frames = make_frames(options.seed, options.seconds * FRAMES_PER_SECOND)
+    begin, end = session_limits(frames)
+    yaw, pitch = lens_traces(options.seed, begin, end)
+    yield f"# Where the lens of the session was. Made by: {command_line(options)}"
+    yield "time_ns,x,y"
+    for time in range(begin, end, TRUTH_PERIOD_NS):
+        place = (lens_at(trace, time - begin) * (HALL_COUNTS_PER_UM * axis.um_per_count)
+                 for axis, trace in ((YAW, yaw), (PITCH, pitch)))
+        yield f"{time}," + ",".join(f"{value:.4f}" for value in place)
+
+
+def session_lines(options):
+    count = options.seconds * FRAMES_PER_SECOND
+    frames = make_frames(options.seed, count)
     gap_begin = frames[int(GAP_AT * count)].sof + 5_000_000
-    samples = hall_samples(seed, START_NS - HALL_LEAD_NS, frames[-1].sof + FRAME_NS,
-                           (gap_begin, gap_begin + HALL_GAP_NS))
-    yield f"# A phone held in the hand for {seconds} s: {count} frames at 60 a second, hall samples at 1 kHz."
+    samples = hall_samples(options.seed, *session_limits(frames), (gap_begin, gap_begin + HALL_GAP_NS),
+                           options.stamp_delay * 1000)
+    yield f"# A phone held in the hand for {options.seconds} s: {count} frames at 60 a second, hall samples at 1 kHz."
     yield "# Modelled, not recorded; the head of make_handheld.py documents the model."
-    yield f"# Made by: python3 examples/make_handheld.py --seed {seed} --seconds {seconds}"
+    yield f"# Made by: {command_line(options)}"
     yield "# Samples are [time ns, raw count x, raw count y, lens um x, lens um y]."
     yield from opening_lines()
     yield "# The frames; the first ones come before 100 samples are there and get no position"
-    yield from frame_lines(frames, make_batches(seed, frames, samples))
+    yield from frame_lines(frames, make_batches(options.seed, frames, samples))
     yield from closing_lines()
 
 
-def render(seed, seconds):
-    lines = (line if isinstance(line, str) else json.dumps(line, separators=(",", ":"))
-             for line in session_lines(seed, seconds))
+def render(options):
+    made = truth_lines(options) if options.truth else session_lines(options)
+    lines = (line if isinstance(line, str) else json.dumps(line, separators=(",", ":")) for line in made)
     return "".join(line + "\n" for line in lines).encode("ascii")
 
 
@@ -419,9 +458,12 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n", 1)[0])
     parser.add_argument("--seed", type=number_within(0, 1_000_000), default=1, help="another hand (default 1)")
     parser.add_argument("--seconds", type=number_within(1, 60), default=10, help="1 to 60 (default 10)")
+    parser.add_argument("--stamp-delay", type=number_within(-1_000_000, 1_000_000), default=0, metavar="US",
+                        help="stamp the samples this much late (default 0)")
+    parser.add_argument("--truth", action="store_true", help="write the path of the lens, not the session")
     parser.add_argument("--check", metavar="FILE", help="write nothing; exit status 1 when FILE differs")
     arguments = parser.parse_args()
-    made = render(arguments.seed, arguments.seconds)
+    made = render(arguments)
     if arguments.check is not None:
         return check(arguments.check, made)
     sys.stdout.buffer.write(made)

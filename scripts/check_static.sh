@@ -11,14 +11,7 @@ printf '%s\n' "${sources[@]}" | xargs -P 2 -n 4 clang-tidy-19 -p build/clang-lib
 if grep 'is not used directly' "$findings"; then exit 1; fi
 echo "clang-tidy: ${#sources[@]} sources, no finding."
 
-# Debian's cppcheck knows neither __VA_OPT__ nor a guard after noexcept; it reads a copy that spells them the old way,
-# line by line the same.
-copy=build/cppcheck
-rm -rf "$copy"
-mkdir -p "$copy"
-git ls-files -z aaa customer platform | xargs -0 cp --parents -t "$copy"
-find "$copy" -name '*.h' -o -name '*.cpp' |
-    xargs perl -0pi -e 's/__VA_OPT__\(, \) __VA_ARGS__/, ##__VA_ARGS__/g; s/ noexcept(\s+)try \{/$1try {/g'
-(cd "$copy" && cppcheck --std=c++20 --language=c++ --enable=warning,performance,portability --inline-suppr --quiet \
-    --error-exitcode=1 -I. aaa customer platform)
+# Debian's cppcheck does not parse a function try block after noexcept, so the word is left out for it.
+cppcheck --std=c++20 --language=c++ -Dnoexcept= --enable=warning,performance,portability --inline-suppr --quiet \
+    --error-exitcode=1 -I. aaa customer platform
 echo "cppcheck: no finding."

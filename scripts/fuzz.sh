@@ -8,10 +8,10 @@ cd "$(dirname "$0")/.."
 seconds=${1:-60}
 build=build/fuzz
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz --target fuzz_buffer fuzz_otp fuzz_session >"$build/build.log" 2>&1 ||
+cmake --build --preset fuzz --target fuzz_buffer fuzz_import fuzz_otp fuzz_session >"$build/build.log" 2>&1 ||
     { tail -n 40 "$build/build.log"; exit 1; }
 
-for target in buffer otp session; do
+for target in buffer import otp session; do
     corpus=$build/corpus/$target
     mkdir -p "$corpus"
     seeds=fuzz/seeds/$target

@@ -3,6 +3,7 @@
 
 #include "tools/import/Repair.h"
 #include "tools/import/SensorEvidence.h"
+#include "tools/import/Silence.h"
 
 namespace {
 
@@ -153,6 +154,23 @@ TEST(Repair, TakesWhatIsListedAndNotThere) {
     EXPECT_EQ(known[2].timestamp, 4 * kMs);
     EXPECT_EQ(known[2].status, kRepaired);
     EXPECT_FLOAT_EQ(known[2].oisY, 4);
+}
+
+TEST(SilenceBeforeAMonitorEnds, IsFoundWhenLongerThanFourUsualPauses) {
+    const auto afterPauses = [](const char* end, std::initializer_list<const char*> frames) {
+        Silence silence;
+        silence.start();
+        for (const char* frame : frames)
+            silence.frame(frame);
+        const auto found = silence.end(end);
+        return found ? found->ms : 0;
+    };
+    EXPECT_EQ(afterPauses("11-24 02:17:00.121", {"11-24 02:16:59.970", "11-24 02:17:00.000"}), 121);
+    EXPECT_EQ(afterPauses("11-24 02:17:00.120", {"11-24 02:16:59.970", "11-24 02:17:00.000"}), 0);
+    EXPECT_EQ(afterPauses("7261.221999", {"7261.070001", "7261.100002"}), 121) << "seconds alone, microseconds";
+    EXPECT_EQ(afterPauses("02:17:09.000", {"02:17:00.000"}), 0) << "one frame tells no usual pause";
+    EXPECT_EQ(afterPauses("", {"", "", ""}), 0) << "a form without a clock";
+    EXPECT_EQ(afterPauses("00:00:00.000", {"23:59:58.000", "23:59:59.000"}), 0) << "midnight";
 }
 
 }  // namespace

@@ -158,6 +158,7 @@ void CaptureReader::addMessage(const LogLine& line) {
     }
     lane.lastText = line.text;
     lane.lastTime = line.time;
+    listen(event, line.time);
     std::visit(
         [&](const auto& its) {
             using T = std::decay_t<decltype(its)>;
@@ -175,6 +176,22 @@ void CaptureReader::addMessage(const LogLine& line) {
             }
         },
         event);
+}
+
+void CaptureReader::listen(const Event& event, std::string_view clock) {
+    if (std::holds_alternative<Registered>(event) || std::holds_alternative<Started>(event) ||
+        std::holds_alternative<DeliveryStarted>(event)) {
+        return mSilence.start();
+    }
+    if (std::holds_alternative<BatchUpdated>(event) || std::holds_alternative<Timing>(event)) {
+        return mSilence.frame(clock);
+    }
+    if (!std::holds_alternative<DeliveryEnded>(event) && !std::holds_alternative<Stopped>(event)) return;
+    if (const auto found = mSilence.end(clock)) {
+        mTimeline.doubt(mFacts.lines, "no hand-over and no frame in the " + std::to_string(found->ms) +
+                                          " ms before this monitor ended, where " + std::to_string(found->usualMs) +
+                                          " ms was the longest pause before: some may be missing");
+    }
 }
 
 void CaptureReader::letGo() {

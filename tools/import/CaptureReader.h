@@ -9,8 +9,10 @@
 #include <string>
 #include <string_view>
 
+#include "tools/import/Events.h"
 #include "tools/import/LogLine.h"
 #include "tools/import/RepeatFilter.h"
+#include "tools/import/Silence.h"
 #include "tools/import/Timeline.h"
 
 namespace replay::import {
@@ -53,6 +55,7 @@ private:
     void addChatty(const LogLine& line);
     void addMessage(const LogLine& line);
     bool isRepeated(const LogLine& line);
+    void listen(const Event& event, std::string_view clock);
     void letGo();
     Lane& laneOf(const LogLine& line);
 
@@ -63,6 +66,7 @@ private:
     Lane* mLastLane = nullptr;
     std::uint32_t mLastId = 0;
     RepeatFilter mRepeats;
+    Silence mSilence;
 };
 
 }  // namespace replay::import

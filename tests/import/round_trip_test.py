@@ -110,7 +110,7 @@ class RoundTrip(ToolTest):
         for lines in forms:
             got, holes, table = self.imported([brackets, *lines[:50], *foreign, *lines[50:]])
             assert got == self.positions and holes == "", (lines[0], holes)
-            assert "  another position                                      0" in table, table
+            assert "  different positions                                   0" in table, table
 
     def test_whole_session(self):
         positions, parts, _ = self.play("\n".join(self.session) + "\n")
@@ -160,7 +160,7 @@ class RoundTrip(ToolTest):
         other = re.sub(r"ois0\(x = [-0-9.]+", "ois0(x = 999.000000", lines[number])
         _, holes, table = self.imported(lines[:number] + [other] + lines[number + 1:])
         assert holes == "", holes
-        assert "the device gave x 999.000000" in table and re.search("  another position +1\n", table), table
+        assert "the device gave x 999.000000" in table and re.search("  different positions +1\n", table), table
 
     def test_doubled(self):
         source = seeded()

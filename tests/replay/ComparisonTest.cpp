@@ -1,19 +1,24 @@
 // What a device made of an exposure beside what the workstation made of it.
 #include "tools/report/Comparison.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include <map>
 #include <sstream>
 
+#include "tools/report/Recording.h"
 #include "tools/session/Errors.h"
 #include "tools/session/Expectation.h"
 
 namespace {
 
 using replay::ExposureOutcome;
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
+using testing::Not;
 using testing::Pair;
 using testing::UnorderedElementsAre;
 
@@ -53,8 +58,8 @@ TEST_F(Compared, OneInTheLastDecimalIsRounding) {
     EXPECT_THAT(device(R"({"frame":7,"sensor":0,"type":1,"x":"1.250002","y":"-0.500000"})"),
                 HasSubstr("frame 7: the device gave x 1.250002 y -0.500000, here x 1.250000 y -0.500000"));
     EXPECT_THAT(counts(),
-                UnorderedElementsAre(Pair("the same to six decimals, or none on both", 1),
-                                     Pair("the same but for the last decimal", 1), Pair("another position", 1)));
+                UnorderedElementsAre(Pair("equal to six decimals, or none on both", 1),
+                                     Pair("equal except in the last decimal", 1), Pair("different positions", 1)));
 }
 
 TEST_F(Compared, APositionOnOneSideOnlyIsTold) {
@@ -69,6 +74,29 @@ TEST_F(Compared, APositionOnOneSideOnlyIsTold) {
     here(replay::Position{1, 2}, true);  // written by an earlier call
     EXPECT_THAT(device(none), IsEmpty());
     EXPECT_EQ(mComparison.counts().front().second, 5U);
+}
+
+TEST_F(Compared, AToleranceCountsForEveryView) {
+    replay::Comparison comparison(mOut, 0.001);
+    replay::Recording recording(0.001);
+    for (const char* const x : {"1.000900", "1.001100"}) {
+        ExposureOutcome outcome;
+        outcome.type = 1;
+        outcome.position = replay::Position{1, 2};
+        const auto expectation =
+            replay::readExpectation(fmt::format(R"(#expect {{"sensor":0,"type":1,"x":"{}","y":"2.000000"}})", x));
+        for (replay::Observer* const observer :
+             {static_cast<replay::Observer*>(&comparison), static_cast<replay::Observer*>(&recording)}) {
+            observer->exposuresAsked({outcome});
+            observer->expected(expectation);
+        }
+    }
+    EXPECT_THAT(comparison.counts(),
+                IsSupersetOf({Pair("  equal to within 0.001", 1), Pair("  different positions", 1)}));
+    EXPECT_THAT(mOut.str(), AllOf(HasSubstr("1.001100"), Not(HasSubstr("1.000900"))));
+    const auto& exposures = recording.sensors().at(0).exposures;
+    EXPECT_FALSE(exposures[0].device->differs);
+    EXPECT_TRUE(exposures[1].device->differs);
 }
 
 TEST_F(Compared, NothingComparedGivesNoCounts) {

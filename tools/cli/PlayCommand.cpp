@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
 #include "tools/cli/Files.h"
@@ -97,13 +98,17 @@ bool keepsRecording(const PlayArguments& arguments) {
     return !arguments.plot.empty() || !arguments.csv.empty();
 }
 
+double toleranceOf(const PlayArguments& arguments) {
+    return arguments.check.empty() ? kRounding : std::stod(arguments.check);
+}
+
 // Every view that the command knows; those that the arguments ask for are told of the session.
 struct Views {
     // Rows of the table and of the comparison go to `rows`, events to `traceFile`.
     Views(const PlayArguments& arguments, std::ostream& rows, std::ostream& traceFile)
         : table(rows),
-          comparison(wantsTable(arguments) ? rows : std::cerr,
-                     arguments.check.empty() ? Comparison::kRounding : std::stod(arguments.check)) {
+          comparison(wantsTable(arguments) ? rows : std::cerr, toleranceOf(arguments)),
+          recording(toleranceOf(arguments)) {
         if (!arguments.trace.empty()) trace.emplace(traceFile, nameOf(arguments), arguments.limits);
     }
 
@@ -257,7 +262,7 @@ void addPlayOptions(CLI::App& app, PlayArguments& arguments) {
     app.add_option("--csv", arguments.csv, "Write a row for each exposure, as comma-separated values")
         ->type_name("FILE");
     app.add_option("--summary", arguments.summary, "Write the figures and findings, in JSON")->type_name("FILE");
-    app.add_flag("--check{0.0000015}", arguments.check,
+    app.add_flag(fmt::format("--check{{{}}}", kRounding), arguments.check,
                  "Fail unless every position is as near to the device's as this, in x and y")
         ->check(CLI::Validator(checkTolerance, ""));
     app.add_option("--junit", arguments.junit, "Write the comparison with the device as a JUnit report")

@@ -2,10 +2,10 @@
 
 #include <cmath>
 
+#include "tools/session/Expectation.h"
+
 namespace replay::import {
 namespace {
-
-constexpr double kRounding = 1.5e-6;  // one in the sixth decimal, with room for the binary form of both
 
 bool isNear(double printed, float value) {
     if (std::isnan(printed) || std::isinf(printed)) {

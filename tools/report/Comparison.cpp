@@ -1,8 +1,6 @@
 #include "tools/report/Comparison.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <optional>
 #include <string>
 
@@ -17,14 +15,6 @@ using Printed = Expectation::Printed;
 
 constexpr std::uint64_t kMaxLines = 40;  // of a group
 
-bool isNear(const std::string& a, const std::string& b, double tolerance) {
-    return a == b || std::abs(std::strtod(a.c_str(), nullptr) - std::strtod(b.c_str(), nullptr)) <= tolerance;
-}
-
-bool isNear(const Printed& a, const Printed& b, double tolerance) {
-    return isNear(a.x, b.x, tolerance) && isNear(a.y, b.y, tolerance);
-}
-
 std::string words(const std::optional<Printed>& position) {
     return position ? fmt::format("x {} y {}", position->x, position->y) : "no position";
 }
@@ -33,9 +23,7 @@ std::optional<Printed> positionOf(const std::vector<ExposureOutcome>& outcomes, 
     const auto found = std::ranges::find_if(outcomes, [&](const ExposureOutcome& outcome) {
         return outcome.sensor == expected.sensor && outcome.type == expected.type;
     });
-    // A position with a reason is an earlier call's.
-    if (found == outcomes.end() || !found->position || found->reason) return std::nullopt;
-    return Printed{fmt::format("{:f}", found->position->x), fmt::format("{:f}", found->position->y)};
+    return found == outcomes.end() ? std::nullopt : printedPosition(*found);
 }
 
 std::string lineOf(const Expectation& expectation, const std::optional<Printed>& here) {
@@ -48,41 +36,37 @@ std::string lineOf(const Expectation& expectation, const std::optional<Printed>&
 
 void Comparison::expected(const Expectation& expectation) {
     const std::optional<Printed> here = positionOf(mOutcomes, expectation);
-    const auto& device = expectation.position;
-    judge(expectation, here);
-    if (!here && !device) {
-        ++mSame;
-        return;
-    }
-    if (here && device) {
-        const bool same = here->x == device->x && here->y == device->y;
-        const bool near = isNear(*here, *device, kRounding);
-        ++(same ? mSame : near ? mRounded : mDifferent);
-        if (same || near) return;
-    } else {
-        ++(device ? mOnlyDevice : mOnlyHere);
-    }
-    mOut << "        ^ " << lineOf(expectation, here) << '\n';
-}
-
-void Comparison::judge(const Expectation& expectation, const std::optional<Printed>& here) {
+    const Agreement agreement = agreementOf(here, expectation.position, mTolerance);
+    ++mCounts[agreement];
     Group& group = mGroups[{expectation.sensor, expectation.type}];
     ++group.compared;
-    const auto& device = expectation.position;
-    if (here && device ? isNear(*here, *device, mTolerance) : !here && !device) return;
-    if (group.unmet++ < kMaxLines) group.lines += lineOf(expectation, here) + '\n';
+    if (replay::isMet(agreement)) return;
+    const std::string line = lineOf(expectation, here);
+    mOut << "        ^ " << line << '\n';
+    if (group.unmet++ < kMaxLines) group.lines += line + '\n';
 }
 
 bool Comparison::isMet() const {
     return !mGroups.empty() && std::ranges::none_of(mGroups, [](const auto& its) { return its.second.unmet > 0; });
 }
 
-std::vector<std::pair<std::string_view, std::uint64_t>> Comparison::counts() const {
-    const std::uint64_t all = mSame + mRounded + mDifferent + mOnlyDevice + mOnlyHere;
-    if (all == 0) return {};
-    return {{"exposures compared with the device", all},       {"  the same to six decimals, or none on both", mSame},
-            {"  the same but for the last decimal", mRounded}, {"  another position", mDifferent},
-            {"  a position on the device only", mOnlyDevice},  {"  a position here only", mOnlyHere}};
+std::vector<std::pair<std::string, std::uint64_t>> Comparison::counts() const {
+    if (mCounts.empty()) return {};
+    const auto count = [this](Agreement agreement) {
+        const auto found = mCounts.find(agreement);
+        return found == mCounts.end() ? 0 : found->second;
+    };
+    std::uint64_t all = 0;
+    for (const auto& [agreement, its] : mCounts)
+        all += its;
+    const std::string near =
+        mTolerance == kRounding ? "equal except in the last decimal" : fmt::format("equal to within {}", mTolerance);
+    return {{"exposures compared with the device", all},
+            {"  equal to six decimals, or none on both", count(Agreement::kSame)},
+            {"  " + near, count(Agreement::kNear)},
+            {"  different positions", count(Agreement::kDifferent)},
+            {"  a position on the device only", count(Agreement::kOnlyDevice)},
+            {"  a position here only", count(Agreement::kOnlyHere)}};
 }
 
 }  // namespace replay

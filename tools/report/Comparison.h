@@ -3,36 +3,32 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <ostream>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "tools/diagnose/Observer.h"
 #include "tools/diagnose/Outcome.h"
+#include "tools/report/Agreement.h"
 #include "tools/session/Expectation.h"
 
 namespace replay {
 
 class Comparison : public Observer {
 public:
-    // `out` must outlive the comparison.
+    // `out` must outlive the comparison. A result of the device is met by a position that is no farther away than the
+    // tolerance, in x and in y, or by none where the device has none.
     explicit Comparison(std::ostream& out, double tolerance = kRounding) : mOut(out), mTolerance(tolerance) {}
-    // One in the sixth decimal, with room for the binary form of both.
-    static constexpr double kRounding = 1.5e-6;
 
     void exposuresAsked(const std::vector<ExposureOutcome>& outcomes) override { mOutcomes = outcomes; }
-    // Compares with the newest call's outcomes as "%f" prints them. A difference of more than one in the last decimal
-    // is printed; samples from a log explain a smaller one.
+    // Compares with the newest call's outcomes as "%f" prints them, and prints a line for a result that is not met.
     void expected(const Expectation& expectation) override;
 
     // Counts for the summary with their labels; none when nothing was compared.
-    std::vector<std::pair<std::string_view, std::uint64_t>> counts() const;
+    std::vector<std::pair<std::string, std::uint64_t>> counts() const;
 
-    // The expectations of one sensor and type. One is not met by a position that is farther away than the tolerance, in
-    // x or y, or that only one of the two has.
+    // The expectations of one sensor and type.
     struct Group {
         std::uint64_t compared = 0;
         std::uint64_t unmet = 0;
@@ -44,17 +40,11 @@ public:
     bool isMet() const;
 
 private:
-    void judge(const Expectation& expectation, const std::optional<Expectation::Printed>& here);
-
     std::ostream& mOut;
     const double mTolerance;
     Groups mGroups;
     std::vector<ExposureOutcome> mOutcomes;
-    std::uint64_t mSame = 0;
-    std::uint64_t mRounded = 0;
-    std::uint64_t mDifferent = 0;
-    std::uint64_t mOnlyDevice = 0;  // positions that the workstation has not
-    std::uint64_t mOnlyHere = 0;
+    std::map<Agreement, std::uint64_t> mCounts;
 };
 
 }  // namespace replay

@@ -1,25 +1,20 @@
 #include "tools/report/Recording.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <span>
 
+#include "tools/report/Agreement.h"
 #include "tools/session/Expectation.h"
 
 namespace replay {
 namespace {
 
-RecordedExposure::Device compare(const ExposureOutcome& here, const Expectation& device) {
-    constexpr double kRounding = 2e-6;  // one in the sixth decimal, and what our own number has beyond it
-    // A position with a reason is an earlier call's.
-    const bool served = here.position && !here.reason;
-    if (!device.position) return {std::nullopt, served};
-    const Position its{std::strtod(device.position->x.c_str(), nullptr),
-                       std::strtod(device.position->y.c_str(), nullptr)};
-    const bool same =
-        served && std::abs(its.x - here.position->x) < kRounding && std::abs(its.y - here.position->y) < kRounding;
-    return {its, !same};
+RecordedExposure::Device compare(const ExposureOutcome& here, const Expectation& device, double tolerance) {
+    const bool differs = !isMet(agreementOf(printedPosition(here), device.position, tolerance));
+    if (!device.position) return {std::nullopt, differs};
+    const auto& [x, y] = *device.position;
+    return {Position{std::strtod(x.c_str(), nullptr), std::strtod(y.c_str(), nullptr)}, differs};
 }
 
 }  // namespace
@@ -43,7 +38,8 @@ void Recording::expected(const Expectation& expectation) {
     if (sensor == mSensors.end()) return;
     auto& exposures = sensor->second.exposures;
     for (RecordedExposure& exposure : std::span(exposures).last(std::min(mNewest, exposures.size()))) {
-        if (exposure.outcome.type == expectation.type) exposure.device = compare(exposure.outcome, expectation);
+        if (exposure.outcome.type == expectation.type)
+            exposure.device = compare(exposure.outcome, expectation, mTolerance);
     }
 }
 

@@ -10,6 +10,7 @@
 #include "tools/diagnose/Observer.h"
 #include "tools/diagnose/Outcome.h"
 #include "tools/report/Extent.h"
+#include "tools/session/Expectation.h"
 
 namespace replay {
 
@@ -25,7 +26,7 @@ struct RecordedExposure {
     // What a device made of it.
     struct Device {
         std::optional<Position> position;
-        bool differs;  // by more than one in the sixth decimal, or one of both has no position
+        bool differs;  // by more than the tolerance, or one of both has no position
     };
 
     // Whether it has no position, neither from this call nor from an earlier one.
@@ -42,6 +43,9 @@ struct SensorRecording {
 
 class Recording : public Observer {
 public:
+    // Positions of a device that differ by no more than `tolerance`, in x and in y, count as met.
+    explicit Recording(double tolerance = kRounding) : mTolerance(tolerance) {}
+
     void handedOver(const HandOver& handOver) override;
     void exposuresAsked(const std::vector<ExposureOutcome>& outcomes) override;
     void expected(const Expectation& expectation) override;
@@ -52,6 +56,7 @@ public:
     const Extent& extent() const { return mExtent; }
 
 private:
+    const double mTolerance;
     std::map<std::int32_t, SensorRecording> mSensors;
     std::size_t mNewest = 0;  // exposures of the newest call; all of one sensor
     Extent mExtent;

@@ -20,6 +20,10 @@ struct Expectation {
     std::optional<Printed> position;
 };
 
+// Positions that agree but for rounding differ by no more, in x and in y: one in the sixth decimal, with room for the
+// binary form of both.
+inline constexpr double kRounding = 1.5e-6;
+
 bool isExpectation(std::string_view line);
 
 // Reads the line. Throws LineError for one that the format does not allow.

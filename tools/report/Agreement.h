@@ -1,0 +1,30 @@
+// How far a device's result for an exposure and the workstation's agree: pure functions.
+#pragma once
+
+#include <optional>
+
+#include "tools/diagnose/Outcome.h"
+#include "tools/session/Expectation.h"
+
+namespace replay {
+
+enum class Agreement {
+    kSame,        // to six decimals, or no position on both sides
+    kNear,        // no farther apart than the tolerance, in x and in y
+    kDifferent,   // farther
+    kOnlyDevice,  // only the device has a position
+    kOnlyHere,
+};
+
+// The position that the call wrote, as a device prints it.
+std::optional<Expectation::Printed> printedPosition(const ExposureOutcome& outcome);
+
+Agreement agreementOf(const std::optional<Expectation::Printed>& here,
+                      const std::optional<Expectation::Printed>& device, double tolerance);
+
+// Whether the workstation does what the device did.
+inline bool isMet(Agreement agreement) {
+    return agreement == Agreement::kSame || agreement == Agreement::kNear;
+}
+
+}  // namespace replay

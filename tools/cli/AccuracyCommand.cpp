@@ -7,6 +7,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -19,6 +20,7 @@
 #include "tools/cli/Files.h"
 #include "tools/play/Player.h"
 #include "tools/report/Accuracy.h"
+#include "tools/report/Page.h"
 #include "tools/session/Csv.h"
 #include "tools/session/Errors.h"
 
@@ -32,6 +34,7 @@ constexpr const char* kExamples = R"(Examples:
 struct Arguments {
     std::string session;
     std::string truth;  // empty: none
+    std::string html;   // empty: none
     double stampDelayUs = 0;
     std::optional<std::int32_t> sensor;
 };
@@ -64,14 +67,18 @@ std::int32_t sensorIn(const Recording& recording, const Arguments& arguments) {
     return sensor;
 }
 
-Findings playInMode(std::int32_t mode, const Arguments& arguments) {
-    std::ifstream session = openInput(arguments.session);
-    Recording recording;
+void record(const std::string& path, const std::vector<Observer*>& observers, std::optional<std::int32_t> mode) {
+    std::ifstream session = openInput(path);
     PlayOptions options;
-    options.name = arguments.session;
-    options.observers = {&recording};
+    options.name = path;
+    options.observers = observers;
     options.calculationMode = mode;
     play(session, options);
+}
+
+Findings playInMode(std::int32_t mode, const Arguments& arguments) {
+    Recording recording;
+    record(arguments.session, {&recording}, mode);
     recording.finish();
 
     const std::int32_t sensor = sensorIn(recording, arguments);
@@ -98,25 +105,25 @@ std::string lagText(const std::optional<Lag>& lag) {
     return lag ? fmt::format("{:>9.0f}", static_cast<double>(lag->ns) / lsc::kNsPerUs) : fmt::format("{:>9}", "-");
 }
 
-void printRow(const std::string& label, const Accuracy& of) {
-    std::cout << fmt::format("{:<9}{:>10}", label, of.exposures);
+void printRow(std::ostream& out, const std::string& label, const Accuracy& of) {
+    out << fmt::format("{:<9}{:>10}", label, of.exposures);
     for (const double ErrorSize::*size : {&ErrorSize::rms, &ErrorSize::most, &ErrorSize::worst})
-        std::cout << fmt::format("  {:>7.3f} {:>7.3f} {:>7.3f}", of.x.*size, of.y.*size, of.both.*size);
-    std::cout << lagText(of.lag) << (of.lag ? fmt::format(" {:>9.3f}", of.lag->restRms) : "") << '\n';
+        out << fmt::format("  {:>7.3f} {:>7.3f} {:>7.3f}", of.x.*size, of.y.*size, of.both.*size);
+    out << lagText(of.lag) << (of.lag ? fmt::format(" {:>9.3f}", of.lag->restRms) : "") << '\n';
 }
 
 constexpr std::array<const char*, 4> kModeNames{"mean", "largest", "middle", "last"};
 
-void printTable(const std::vector<Findings>& modes, const Arguments& arguments) {
+void printTable(std::ostream& out, const std::vector<Findings>& modes, const Arguments& arguments) {
     const std::string path = arguments.truth.empty() ? "the hall samples" : arguments.truth;
-    std::cout << fmt::format("sensor {}: {} positions, compared with {}\n\n", modes[0].sensor, modes[0].served, path)
-              << fmt::format("{:<19}  {:<23}  {:<23}  {:<23}{:>9}{:>10}\n", "", "rms", "95 %", "worst", "lag", "rms")
-              << fmt::format("{:<9}{:>10}", "mode", "positions")
-              << fmt::format("  {0:>7} {1:>7} {2:>7}  {0:>7} {1:>7} {2:>7}  {0:>7} {1:>7} {2:>7}", "x", "y", "both")
-              << fmt::format("{:>9}{:>10}\n", "(us)", "without");
+    out << fmt::format("sensor {}: {} positions, compared with {}\n\n", modes[0].sensor, modes[0].served, path)
+        << fmt::format("{:<19}  {:<23}  {:<23}  {:<23}{:>9}{:>10}\n", "", "rms", "95 %", "worst", "lag", "rms")
+        << fmt::format("{:<9}{:>10}", "mode", "positions")
+        << fmt::format("  {0:>7} {1:>7} {2:>7}  {0:>7} {1:>7} {2:>7}  {0:>7} {1:>7} {2:>7}", "x", "y", "both")
+        << fmt::format("{:>9}{:>10}\n", "(us)", "without");
     for (std::size_t mode = 0; mode < modes.size(); ++mode)
-        printRow(kModeNames[mode], modes[mode].all);
-    if (!arguments.truth.empty()) printRow("weighted", modes[0].samples);
+        printRow(out, kModeNames[mode], modes[mode].all);
+    if (!arguments.truth.empty()) printRow(out, "weighted", modes[0].samples);
 }
 
 std::string className(std::size_t index) {
@@ -125,32 +132,47 @@ std::string className(std::size_t index) {
     return index + 1 < kExposureClasses ? fmt::format("{} to {}", from, 2 * from) : fmt::format("{} or more", from);
 }
 
-void printClasses(const std::vector<Findings>& modes) {
-    std::cout << fmt::format("\n{:<14}{:>5}", "exposure", "");
+void printClasses(std::ostream& out, const std::vector<Findings>& modes) {
+    out << fmt::format("\n{:<14}{:>5}", "exposure", "");
     for (const char* const name : kModeNames)
-        std::cout << fmt::format("  {:^16}", name);
-    std::cout << fmt::format("\n{:<10}{:>9}", "(ms)", "positions");
+        out << fmt::format("  {:^16}", name);
+    out << fmt::format("\n{:<10}{:>9}", "(ms)", "positions");
     for (std::size_t mode = 0; mode < modes.size(); ++mode)
-        std::cout << fmt::format("  {:>7}{:>9}", "rms", "lag (us)");
+        out << fmt::format("  {:>7}{:>9}", "rms", "lag (us)");
     for (std::size_t i = 0; i < kExposureClasses; ++i) {
         if (modes[0].byExposure[i].exposures == 0) continue;
-        std::cout << fmt::format("\n{:<10}{:>9}", className(i), modes[0].byExposure[i].exposures);
+        out << fmt::format("\n{:<10}{:>9}", className(i), modes[0].byExposure[i].exposures);
         for (const Findings& mode : modes)
-            std::cout << fmt::format("  {:>7.3f}", mode.byExposure[i].both.rms) << lagText(mode.byExposure[i].lag);
+            out << fmt::format("  {:>7.3f}", mode.byExposure[i].both.rms) << lagText(mode.byExposure[i].lag);
     }
-    std::cout << '\n';
+    out << '\n';
+}
+
+// Plays the session once more, as it is.
+void writePageTo(std::ostream& file, const Arguments& arguments, const std::string& tables) {
+    std::ostringstream unused;  // what differs from a device stands on the page
+    Comparison comparison(unused);
+    Statistics statistics;
+    Recording recording;
+    record(arguments.session, {&comparison, &statistics, &recording}, std::nullopt);
+    recording.finish();
+    writePage(file, {fileName(arguments.session), statistics, comparison, recording, {}, tables});
+    finish(file, arguments.html);
 }
 
 void showAccuracy(const Arguments& arguments) {
+    std::ofstream page = openOutput(arguments.html, arguments.session);
     std::vector<Apart> processes;
     for (std::int32_t mode = lsc::kMean; lsc::isReduction(mode); ++mode)
         processes.emplace_back([mode, &arguments] { return bytesOf(playInMode(mode, arguments)); });
     std::vector<Findings> modes;
     for (Apart& process : processes)
         modes.push_back(findingsIn(process.take()));
-    printTable(modes, arguments);
-    printClasses(modes);
-    if (!std::cout.flush()) throw StreamError("the table cannot be written");
+    std::ostringstream tables;
+    printTable(tables, modes, arguments);
+    printClasses(tables, modes);
+    if (!(std::cout << tables.str()).flush()) throw StreamError("the table cannot be written");
+    if (page.is_open()) writePageTo(page, arguments, tables.str());
 }
 
 }  // namespace
@@ -166,6 +188,10 @@ void addAccuracyCommand(CLI::App& app) {
     command->add_option("--stamp-delay", arguments->stampDelayUs, "How late the time stamps of the samples are")
         ->type_name("US")
         ->check(CLI::Range(-1e9, 1e9));
+    command
+        ->add_option("--html", arguments->html,
+                     "Write a page for a browser, with these figures and the session's others")
+        ->type_name("FILE");
     command->add_option("--sensor", arguments->sensor, "Sensor to compare (default: the one with the lowest id)")
         ->type_name("ID");
     command->callback([arguments] { showAccuracy(*arguments); });

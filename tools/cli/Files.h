@@ -1,4 +1,4 @@
-// Files that commands read.
+// Files that commands read and write.
 #pragma once
 
 #include <cerrno>
@@ -23,6 +23,33 @@ inline std::ifstream openInput(const std::string& path) {
     // A directory opens, and fails when it is read.
     if (std::filesystem::is_directory(path)) throw StreamError(path + ": is a directory");
     return input;
+}
+
+// Throws StreamError when the output is the session that is read.
+inline void refuseSession(const std::string& path, const std::string& session) {
+    std::error_code ignored;
+    if (std::filesystem::equivalent(path, session, ignored)) {
+        throw StreamError(path + ": this is the session; choose another output file");
+    }
+}
+
+// A file to write, or a closed one without a path. Throws StreamError when it cannot be opened or is the session.
+inline std::ofstream openOutput(const std::string& path, const std::string& session) {
+    if (path.empty()) return {};
+    refuseSession(path, session);
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    if (!file) failOpening(path);
+    return file;
+}
+
+// Throws StreamError when what was written has not reached the file.
+inline void finish(std::ostream& file, const std::string& path) {
+    if (!file.flush()) throw StreamError(path + ": cannot be written");
+}
+
+// The last part of a path.
+inline std::string fileName(const std::string& path) {
+    return std::filesystem::path(path).filename().string();
 }
 
 }  // namespace replay

@@ -21,6 +21,7 @@
 #include "tools/report/ExposureRows.h"
 #include "tools/report/Gzip.h"
 #include "tools/report/Junit.h"
+#include "tools/report/Page.h"
 #include "tools/report/Plot.h"
 #include "tools/report/Recording.h"
 #include "tools/report/Statistics.h"
@@ -37,6 +38,7 @@ constexpr const char* kExamples = R"(Examples:
   lsc_replay session.jsonl                                    which frames got a position, and why not
   lsc_replay --results results.jsonl session.jsonl            every result, exactly
   lsc_replay --plot picture.png --from 2900 --to 3150 session.jsonl
+  lsc_replay --html page.html session.jsonl                   everything on one page, for a browser
   lsc_replay --trace trace.json session.jsonl                 for a trace viewer
   lsc_replay --check --junit report.xml session.jsonl         does it still do what the device did
   lsc_replay --csv rows.csv --summary summary.json session.jsonl
@@ -46,22 +48,6 @@ std::uint64_t sizeOf(const std::string& path) {
     std::error_code unknown;
     const auto size = std::filesystem::file_size(path, unknown);
     return unknown ? 0 : size;
-}
-
-void refuseSession(const std::string& path, const PlayArguments& arguments) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(path, arguments.session, ignored)) {
-        throw StreamError(path + ": this is the session; choose another output file");
-    }
-}
-
-// A file to write, or a closed one without a path.
-std::ofstream openOutput(const std::string& path, const PlayArguments& arguments) {
-    if (path.empty()) return {};
-    refuseSession(path, arguments);
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    if (!file) failOpening(path);
-    return file;
 }
 
 // The folder, because gnuplot opens the picture only after the session was played.
@@ -74,15 +60,11 @@ void checkFolder(const std::string& path) {
 
 std::unique_ptr<std::ostream> openTrace(const PlayArguments& arguments) {
     if (!arguments.trace.ends_with(".gz"))
-        return std::make_unique<std::ofstream>(openOutput(arguments.trace, arguments));
-    refuseSession(arguments.trace, arguments);
+        return std::make_unique<std::ofstream>(openOutput(arguments.trace, arguments.session));
+    refuseSession(arguments.trace, arguments.session);
     auto file = std::make_unique<GzipFile>(arguments.trace);
     if (!*file) failOpening(arguments.trace);
     return file;
-}
-
-std::string nameOf(const PlayArguments& arguments) {
-    return std::filesystem::path(arguments.session).filename().string();
 }
 
 // The table would stand between the results.
@@ -95,7 +77,7 @@ bool checks(const PlayArguments& arguments) {
 }
 
 bool keepsRecording(const PlayArguments& arguments) {
-    return !arguments.plot.empty() || !arguments.csv.empty();
+    return !arguments.plot.empty() || !arguments.csv.empty() || !arguments.html.empty();
 }
 
 double toleranceOf(const PlayArguments& arguments) {
@@ -109,12 +91,13 @@ struct Views {
         : table(rows),
           comparison(wantsTable(arguments) ? rows : std::cerr, toleranceOf(arguments)),
           recording(toleranceOf(arguments)) {
-        if (!arguments.trace.empty()) trace.emplace(traceFile, nameOf(arguments), arguments.limits);
+        if (!arguments.trace.empty()) trace.emplace(traceFile, fileName(arguments.session), arguments.limits);
     }
 
     std::vector<Observer*> wantedBy(const PlayArguments& arguments) {
         std::vector<Observer*> wanted;
-        const bool keepsFigures = wantsTable(arguments) || !arguments.summary.empty() || checks(arguments);
+        const bool keepsFigures =
+            wantsTable(arguments) || !arguments.summary.empty() || !arguments.html.empty() || checks(arguments);
         if (wantsTable(arguments)) wanted.push_back(&table);
         if (keepsFigures) wanted.insert(wanted.end(), {&comparison, &statistics});
         if (trace) wanted.push_back(&*trace);
@@ -152,11 +135,12 @@ void playAgain(const PlayArguments& arguments, Costs& costs) {
 struct Outputs {
     explicit Outputs(const PlayArguments& arguments)
         : trace(openTrace(arguments)),
-          csv(openOutput(arguments.csv, arguments)),
-          summary(openOutput(arguments.summary, arguments)),
-          junit(openOutput(arguments.junit, arguments)) {
+          csv(openOutput(arguments.csv, arguments.session)),
+          summary(openOutput(arguments.summary, arguments.session)),
+          junit(openOutput(arguments.junit, arguments.session)),
+          html(openOutput(arguments.html, arguments.session)) {
         if (arguments.plot.empty()) return;
-        refuseSession(arguments.plot, arguments);
+        refuseSession(arguments.plot, arguments.session);
         checkFolder(arguments.plot);
     }
 
@@ -164,11 +148,8 @@ struct Outputs {
     std::ofstream csv;
     std::ofstream summary;
     std::ofstream junit;
+    std::ofstream html;
 };
-
-void finish(std::ostream& file, const std::string& path) {
-    if (!file.flush()) throw StreamError(path + ": cannot be written");
-}
 
 void writeFiles(Views& views, const PlayArguments& arguments, Outputs& outputs) {
     if (views.trace) {
@@ -184,15 +165,24 @@ void writeFiles(Views& views, const PlayArguments& arguments, Outputs& outputs) 
         finish(outputs.summary, arguments.summary);
     }
     if (outputs.junit.is_open()) {
-        writeJunit(outputs.junit, views.comparison, nameOf(arguments));
+        writeJunit(outputs.junit, views.comparison, fileName(arguments.session));
         finish(outputs.junit, arguments.junit);
+    }
+    if (outputs.html.is_open()) {
+        writePage(outputs.html, {.name = fileName(arguments.session),
+                                 .statistics = views.statistics,
+                                 .comparison = views.comparison,
+                                 .recording = views.recording,
+                                 .limits = arguments.limits,
+                                 .accuracy = {}});
+        finish(outputs.html, arguments.html);
     }
 }
 
 // The script of the picture, if one is wanted.
 std::string pictureOf(const Recording& recording, const PlayArguments& arguments) {
     if (arguments.plot.empty()) return {};
-    return plotScript(recording, {arguments.plot, nameOf(arguments), arguments.sensor, arguments.limits});
+    return plotScript(recording, {arguments.plot, fileName(arguments.session), arguments.sensor, arguments.limits});
 }
 
 // Holds the rows of the table back until it is known that the session has the part to be shown.
@@ -210,8 +200,9 @@ private:
 };
 
 void checkLimits(const PlayArguments& arguments) {
-    if (arguments.limits.given() && arguments.plot.empty() && arguments.trace.empty())
-        throw std::invalid_argument("--from and --to need --plot or --trace");
+    const bool used = !arguments.plot.empty() || !arguments.trace.empty() || !arguments.html.empty();
+    if (arguments.limits.given() && !used)
+        throw std::invalid_argument("--from and --to need --plot, --trace or --html");
     arguments.limits.check();
 }
 
@@ -249,15 +240,18 @@ void addPlayOptions(CLI::App& app, PlayArguments& arguments) {
     CLI::Option* const plot = app.add_option(
         "--plot", arguments.plot, "Draw hall trace, exposures and positions (.svg or .png; .gp: gnuplot's script)");
     plot->type_name("FILE")->check(CLI::Validator(checkPlotName, ""));
-    app.add_option("--from", arguments.limits.fromMs, "Begin of the part to draw or trace, in ms from the first sample")
+    app.add_option("--from", arguments.limits.fromMs,
+                   "Start of the part to draw, trace or show, in ms from the first sample")
         ->type_name("MS");
-    app.add_option("--to", arguments.limits.toMs, "End of the part to draw or trace, in ms from the first sample")
+    app.add_option("--to", arguments.limits.toMs, "End of the part to draw, trace or show, in ms from the first sample")
         ->type_name("MS");
     app.add_option("--sensor", arguments.sensor, "Draw this sensor, instead of the one with the lowest id")
         ->type_name("ID")
         ->needs(plot);
     app.add_option("--trace", arguments.trace,
                    "Write hall trace and exposures as trace events, in JSON (.gz: compressed)")
+        ->type_name("FILE");
+    app.add_option("--html", arguments.html, "Write a page for a browser: figures, findings, traces, exposures")
         ->type_name("FILE");
     app.add_option("--csv", arguments.csv, "Write a row for each exposure, as comma-separated values")
         ->type_name("FILE");
@@ -282,7 +276,7 @@ bool runPlay(const PlayArguments& arguments) {
     checkLimits(arguments);
     const bool hasTable = wantsTable(arguments);
     openInput(arguments.session);  // before any output is made
-    std::ofstream results = openOutput(hasTable ? arguments.results : std::string(), arguments);
+    std::ofstream results = openOutput(hasTable ? arguments.results : std::string(), arguments.session);
     Outputs outputs(arguments);
     HeldRows rows(arguments.limits.given());
     Views views(arguments, rows.out(), *outputs.trace);

@@ -21,12 +21,13 @@ struct PlayArguments {
     unsigned repeat = 0;  // times that the session is played after the first
     std::string trace;    // empty: none
     std::string plot;     // empty: none
+    std::string html;     // empty: none
     std::string csv;      // empty: none
     std::string summary;  // empty: none
     std::string check;    // its tolerance; empty: none
     std::string junit;    // empty: none
     std::optional<std::int32_t> sensor;
-    TimeLimits limits;  // of picture and trace
+    TimeLimits limits;  // of picture, trace and page
 };
 
 // Adds the options and checks what is given for them. `arguments` must live until they have been parsed.

@@ -16,8 +16,7 @@ namespace {
 
 constexpr std::size_t kMaxExamples = 20;
 
-// Where the columns that count stand.
-enum Column : std::size_t { kSensor = 1, kType = 2, kStart = 3, kX = 6, kY = 7, kReason = 11 };
+using Column = ExposureColumn;
 
 // Sensor, type, start of frame, and how many such exposures came before.
 using Key = std::tuple<std::string, std::string, std::string, std::size_t>;
@@ -81,8 +80,9 @@ std::vector<ExposureRow> readExposures(std::istream& input, const std::string& n
     CsvReader reader(input, name, kExposureColumns);
     std::vector<ExposureRow> rows;
     for (auto row = reader.next(); !row.empty(); row = reader.next()) {
-        rows.push_back({row[kSensor], row[kType], row[kStart], row[kX], row[kY], row[kReason]});
-        if (row[kX].empty() && row[kReason].empty()) reader.fail("expected a position or a reason");
+        rows.push_back({row[Column::kSensor], row[Column::kType], row[Column::kStart], row[Column::kX], row[Column::kY],
+                        row[Column::kDetail]});
+        if (rows.back().x.empty() && rows.back().reason.empty()) reader.fail("expected a position or a reason");
     }
     return rows;
 }

@@ -16,7 +16,6 @@
 namespace replay {
 namespace {
 
-constexpr std::size_t kColumns = 1500;     // of pixels
 constexpr std::size_t kMaxDetailed = 120;  // exposures whose shape can be told
 constexpr std::size_t kMaxLanes = 6;
 constexpr std::size_t kMaxLabels = 5;
@@ -41,8 +40,8 @@ std::string range(const char* name, const std::vector<double>& values, const cha
 
 }  // namespace
 
-Picture::Picture(const SensorRecording& sensor, const Extent& extent, const TimeLimits& limits)
-    : mSensor(sensor), mExtent(extent) {
+Picture::Picture(const SensorRecording& sensor, const Extent& extent, const TimeLimits& limits, std::size_t columns)
+    : mSensor(sensor), mExtent(extent), mColumns(columns) {
     setLimits(limits);
     findBands();
 }
@@ -126,7 +125,7 @@ double Picture::middle(const Band& band) const {
 
 std::string Picture::thinned(std::vector<Point> points, double longestMs) const {
     std::ranges::stable_sort(points, {}, &Point::ms);
-    return thinnedRows(points, {mFrom, mTo, kColumns}, longestMs);
+    return thinnedRows(points, {mFrom, mTo, mColumns}, longestMs);
 }
 
 std::string Picture::samples() const {
@@ -194,7 +193,7 @@ std::string Picture::differences() const {
     std::set<std::size_t> columns;
     std::string rows;
     for (const auto& [here, device] : all) {
-        if (!columns.insert(Columns{mFrom, mTo, kColumns}.at(here.ms)).second) continue;
+        if (!columns.insert(Columns{mFrom, mTo, mColumns}.at(here.ms)).second) continue;
         rows += fmt::format("{:.10g} {:.10g} {:.10g} {:.10g} {:.10g}\n", here.ms, here.x, here.y, device.x, device.y);
     }
     return rows;

@@ -18,6 +18,8 @@ namespace replay {
 
 class Picture {
 public:
+    static constexpr std::size_t kColumns = 1500;
+
     // A reason to be written above the frames.
     struct Label {
         double ms;  // begin of the exposure, within the picture
@@ -25,8 +27,9 @@ public:
         std::string text;
     };
 
-    // `sensor` must outlive the picture. Without limits, everything is shown.
-    Picture(const SensorRecording& sensor, const Extent& extent, const TimeLimits& limits);
+    // `sensor` must outlive the picture, which is `columns` pixels wide. Without limits, everything is shown.
+    Picture(const SensorRecording& sensor, const Extent& extent, const TimeLimits& limits,
+            std::size_t columns = kColumns);
 
     double from() const { return mFrom; }
     double to() const { return mTo; }
@@ -41,6 +44,7 @@ public:
 
     // Time, x, y.
     std::string samples() const;
+    std::size_t countSamples() const { return samplesWithin(mFrom, mTo).size(); }
     // The same of the samples that each position came from; only when detailed.
     std::string spans() const;
     // Middle of the span, x, y; when detailed, also begin and end of the span.
@@ -95,6 +99,7 @@ private:
 
     const SensorRecording& mSensor;
     const Extent& mExtent;
+    const std::size_t mColumns;
     double mFrom = 0;
     double mTo = 0;
     int mLanes = 1;

@@ -1,7 +1,6 @@
 #include "tools/report/Plot.h"
 
 #include <algorithm>
-#include <array>
 #include <fstream>
 #include <numeric>
 #include <stdexcept>
@@ -19,11 +18,6 @@
 namespace replay {
 namespace {
 
-// Of frames with a position, then of each kind of reason, in the order of the kinds.
-constexpr std::array<std::string_view, kGroups> kColours = {
-    "#a3cfae", "#7f7f7f", "#222222", "#c7c7c7", "#8c564b", "#5f6b7a", "#bcbd22",
-    "#e377c2", "#9467bd", "#1795a8", "#d62728", "#2f5fd0", "#b8720a",
-};
 constexpr double kLabelHeight = 0.09;      // of the panel
 constexpr std::size_t kMarked = 24;        // exposures without a position that are marked in the panels above
 constexpr std::size_t kLegendColumns = 2;  // gnuplot keeps to no more where texts are long
@@ -138,8 +132,7 @@ std::string marks(const Picture& picture) {
 }
 
 std::string groupTitle(const Picture& picture, std::size_t group) {
-    const std::string text = group == 0 ? "with a position" : reasonText(reasonKind(group - 1));
-    return singleQuoted(fmt::format("{}: {}", text, picture.count(group)));
+    return singleQuoted(fmt::format("{}: {}", groupText(group), picture.count(group)));
 }
 
 // Half of the width holds the longest reason.

@@ -27,6 +27,10 @@ Shares sharesOf(Shares frames) {
 
 }  // namespace
 
+std::string groupText(std::size_t group) {
+    return group == 0 ? "with a position" : reasonText(reasonKind(group - 1));
+}
+
 Strip::Strip(double fromMs, double toMs) : mColumns{fromMs, toMs, kColumns}, mFrames(kColumns, Shares{}) {}
 
 void Strip::add(double beginMs, double endMs, std::size_t group) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/diagnose/Reason.h"
@@ -13,6 +14,11 @@ namespace replay {
 
 // What has a colour of its own: exposures with a position (0), and each kind of reason (its index and 1).
 inline constexpr std::size_t kGroups = kReasonKinds + 1;
+inline constexpr std::array<std::string_view, kGroups> kColours = {
+    "#a3cfae", "#7f7f7f", "#222222", "#c7c7c7", "#8c564b", "#5f6b7a", "#bcbd22",
+    "#e377c2", "#9467bd", "#1795a8", "#d62728", "#2f5fd0", "#b8720a",
+};
+std::string groupText(std::size_t group);
 
 class Strip {
 public:

@@ -14,6 +14,10 @@ namespace {
 
 using Fate = lsc::SampleQueue::Fate;
 
+// Of the labels.
+constexpr int kCountWidth = 47;
+constexpr int kFigureWidth = 22;
+
 // "1 exposure", "3 exposures".
 std::string counted(std::uint64_t count, std::string_view what, std::string_view ending = "s") {
     return fmt::format("{} {}{}", count, what, count == 1 ? "" : ending);
@@ -75,11 +79,14 @@ std::string spans(const SensorStatistics& sensor) {
     return distribution(sensor.spanSamples) + (expected == 0 ? "" : fmt::format("; median expected {}", expected));
 }
 
-void printCount(std::ostream& out, std::string_view label, std::uint64_t count) {
-    out << fmt::format("{:<46} {:>10}\n", label, count);
+void printFigures(std::ostream& out, std::string_view indent, int width, const std::vector<Figure>& figures) {
+    for (const auto& [label, text] : figures)
+        out << fmt::format("{}{:<{}}{}\n", indent, label, width, text);
 }
 
-void printCounts(std::ostream& out, const Statistics& statistics, const Comparison& comparison) {
+}  // namespace
+
+std::vector<Figure> countsOf(const Statistics& statistics, const Comparison& comparison) {
     std::uint64_t exposures = 0;
     std::uint64_t samples = 0;
     std::array<std::uint64_t, kReasonKinds> missing{};
@@ -89,42 +96,44 @@ void printCounts(std::ostream& out, const Statistics& statistics, const Comparis
         for (std::size_t i = 0; i < kReasonKinds; ++i)
             missing[i] += sensor.missing[i].count;
     }
-    const auto notServed = std::accumulate(missing.begin(), missing.end(), std::uint64_t{0});
-    printCount(out, "frames asked", statistics.frames());
-    printCount(out, "exposures served", exposures - notServed);
-    printCount(out, "exposures not served", notServed);
-    for (std::size_t i = 0; i < kReasonKinds; ++i) {
-        if (missing[i] != 0) printCount(out, "  " + reasonText(reasonKind(i)), missing[i]);
-    }
-    printCount(out, "samples filed", samples);
-    for (const auto& [label, count] : comparison.counts())
-        printCount(out, label, count);
-}
-
-void printSensor(std::ostream& out, std::int32_t id, const SensorStatistics& sensor) {
-    const auto print = [&out](std::string_view label, const std::string& text) {
-        out << fmt::format("  {:<22}{}\n", label, text);
+    std::vector<Figure> figures;
+    const auto add = [&figures](std::string label, std::uint64_t count) {
+        figures.push_back({std::move(label), fmt::format("{:>10}", count)});
     };
-    out << fmt::format("\nsensor {}\n", id);
-    print("match distance (us)", distribution(sensor.matchUs));
-    print("span (samples)", spans(sensor));
-    print("sample rate", rate(sensor));
-    print("batches", batches(sensor));
-    print("hand-overs", handOvers(sensor));
-    print("clock difference (us)", clock(sensor));
-    print("frames (ms)", frameTimes(sensor));
-    std::string_view label = "what would help";
-    for (const Finding& finding : findings(id, sensor))
-        print(std::exchange(label, ""), adviceOf(finding));
+    const auto notServed = std::accumulate(missing.begin(), missing.end(), std::uint64_t{0});
+    add("frames asked", statistics.frames());
+    add("exposures served", exposures - notServed);
+    add("exposures not served", notServed);
+    for (std::size_t i = 0; i < kReasonKinds; ++i) {
+        if (missing[i] != 0) add("  " + reasonText(reasonKind(i)), missing[i]);
+    }
+    add("samples filed", samples);
+    for (const auto& [label, count] : comparison.counts())
+        add(label, count);
+    return figures;
 }
 
-}  // namespace
+std::vector<Figure> figuresOf(const SensorStatistics& sensor) {
+    return {{"match distance (us)", distribution(sensor.matchUs)},
+            {"span (samples)", spans(sensor)},
+            {"sample rate", rate(sensor)},
+            {"batches", batches(sensor)},
+            {"hand-overs", handOvers(sensor)},
+            {"clock difference (us)", clock(sensor)},
+            {"frames (ms)", frameTimes(sensor)}};
+}
 
 void printSummary(std::ostream& out, const Statistics& statistics, const Comparison& comparison) {
     if (statistics.frames() != 0) out << '\n';
-    printCounts(out, statistics, comparison);
-    for (const auto& [id, sensor] : statistics.sensors())
-        printSensor(out, id, sensor);
+    printFigures(out, "", kCountWidth, countsOf(statistics, comparison));
+    for (const auto& [id, sensor] : statistics.sensors()) {
+        out << fmt::format("\nsensor {}\n", id);
+        std::vector<Figure> figures = figuresOf(sensor);
+        std::string label = "what would help";
+        for (const Finding& finding : findings(id, sensor))
+            figures.push_back({std::exchange(label, ""), adviceOf(finding)});
+        printFigures(out, "  ", kFigureWidth, figures);
+    }
 }
 
 }  // namespace replay

@@ -1,0 +1,321 @@
+'use strict';
+
+const data = JSON.parse(document.getElementById('data').textContent);
+const columns = data.columns.split(',');
+const DETAILED = 150;  // exposures whose shapes can be told
+const CHUNK = 1000;    // rows added to the table at a time
+const MOST_LANES = 6;
+const LEAST_SHARE = 0.1;
+const SPAN = '#6db3f2', HALL = '#8494a4', POSITION = '#12304f', DEVICE = '#f0a030', DIFFERS = '#d0006f';
+
+const byId = id => document.getElementById(id);
+const count = number => number.toLocaleString('en');
+
+function make(tag, text, className) {
+  const element = document.createElement(tag);
+  if (text !== undefined) element.textContent = text;
+  if (className) element.className = className;
+  return element;
+}
+
+function addRow(table, cells, tag = 'td') {
+  const row = table.appendChild(make('tr'));
+  for (const cell of cells) row.append(cell instanceof Node ? cell : make(tag, cell));
+  return row;
+}
+
+function chip(colour) {
+  const its = make('i', undefined, 'chip');
+  its.style.background = colour;
+  return its;
+}
+
+// What the session is, in figures.
+
+function showFigures(table, figures) {
+  for (const [label, text] of figures)
+    addRow(table, [label, make('td', text.trim(), /^\s*\d+$/.test(text) ? 'number' : '')]);
+}
+
+function showFindings() {
+  const { findings } = data.summary;
+  if (findings.length === 0) return byId('findings').append(make('p', 'None.'));
+  const table = byId('findings').appendChild(make('table'));
+  addRow(table, ['sensor', 'finding', 'figures', 'what would help'], 'th');
+  for (const { sensor, code, advice, ...numbers } of findings) {
+    const figures = Object.entries(numbers).map(([name, value]) => `${name} ${+value.toPrecision(6)}`);
+    addRow(table, [sensor, code, figures.join(', '), advice]);
+  }
+}
+
+// The trace of a sensor: three graphs over the same times.
+
+// Times with what stands at each: hall x and y (NaN ends a line), position here, position on the device.
+function pointsOf(sensor) {
+  const nothing = [null, null];
+  const points = sensor.range.map(ms => ({ ms, hall: nothing, here: nothing, device: nothing }));
+  let last = sensor.range[0];
+  for (const line of sensor.samples.split('\n')) {
+    const [ms, x, y] = line === '' ? [last, NaN, NaN] : line.split(' ').map(Number);
+    points.push({ ms, hall: [x, y], here: nothing, device: nothing });
+    last = ms;
+  }
+  for (const { rows, middle, position, device } of sensor.exposures)
+    if (rows && (position || device)) points.push({ ms: middle, hall: nothing, here: position ?? nothing, device: device ?? nothing });
+  return points.sort((a, b) => a.ms - b.ms);
+}
+
+function visible(sensor, graph) {
+  const [from, to] = graph.xAxisRange();
+  return sensor.exposures.filter(({ rows }) => rows && rows[2] >= from && rows[0] <= to);
+}
+
+function polygon(canvas, colour, corners) {
+  canvas.fillStyle = colour;
+  canvas.beginPath();
+  for (const [x, y] of corners) canvas.lineTo(x, y);
+  canvas.fill();
+}
+
+// Rows from the top to the bottom of the sensor against the times when they are exposed.
+function drawFrame({ group, rows, lane }, lanes, { drawingContext, dygraph, plotArea }) {
+  const [exposed, read, finished] = rows.map(ms => dygraph.toDomXCoord(ms));
+  const height = plotArea.h / lanes;
+  const top = plotArea.y + lane * height + 1, bottom = top + height - 2;
+  polygon(drawingContext, data.groups[group][1],
+          [[exposed, top], [read, top], [finished, bottom], [exposed + finished - read, bottom]]);
+}
+
+// The share of each outcome in each column of pixels; a reason has a tenth of the height at least.
+function drawShares(sensor, exposures, { drawingContext, dygraph, plotArea }) {
+  const { x, y, w, h } = plotArea;
+  const bins = Array.from({ length: Math.ceil(w) }, () => new Map());
+  for (const { group, rows } of exposures) {
+    const at = ms => Math.min(bins.length - 1, Math.max(0, Math.floor(dygraph.toDomXCoord(ms) - x)));
+    for (let i = at(rows[0]); i <= at(rows[2]); ++i)
+      bins[i].set(group, (bins[i].get(group) ?? 0) + sensor.strides[group]);
+  }
+  bins.forEach((groups, i) => {
+    const all = [...groups.values()].reduce((sum, its) => sum + its, 0);
+    const shares = [...groups].map(([group, its]) => [group, group === 0 ? its / all : Math.max(LEAST_SHARE, its / all)]);
+    const scale = h / shares.reduce((sum, [, share]) => sum + share, 0);
+    let bottom = y + h;
+    for (const [group, share] of shares.sort(([a], [b]) => (a === 0) - (b === 0) || a - b)) {
+      drawingContext.fillStyle = data.groups[group][1];
+      drawingContext.fillRect(x + i, bottom - share * scale, group === 0 ? 1 : 2, share * scale);
+      bottom -= share * scale;
+    }
+  });
+}
+
+function drawFrames(sensor) {
+  return event => {
+    const exposures = visible(sensor, event.dygraph);
+    if (exposures.length > DETAILED) return drawShares(sensor, exposures, event);
+    for (const exposure of exposures) drawFrame(exposure, sensor.lanes, event);
+  };
+}
+
+// Along the trace where the span's samples are, and straight from its begin to its end at the height of the position.
+function drawSpans(sensor, points, axis) {
+  return event => {
+    Dygraph.Plotters.linePlotter(event);
+    const { drawingContext: canvas, dygraph } = event;
+    const exposures = visible(sensor, dygraph).filter(({ span }) => span);
+    dygraph.isDetailed = exposures.length <= DETAILED;  // for the points, which are drawn next
+    if (!dygraph.isDetailed) return;
+    const line = (colour, width, corners) => {
+      canvas.strokeStyle = colour;
+      canvas.lineWidth = width;
+      canvas.beginPath();
+      for (const [ms, value] of corners) canvas.lineTo(...dygraph.toDomCoords(ms, value));
+      canvas.stroke();
+    };
+    for (const { span: [first, last], position } of exposures) {
+      const within = points.filter(({ ms, hall }) => ms >= first && ms <= last && Number.isFinite(hall[axis]));
+      line(SPAN, 3, within.map(({ ms, hall }) => [ms, hall[axis]]));
+      line(POSITION, 1.4, [[first, position[axis]], [last, position[axis]]]);
+    }
+  };
+}
+
+// Where points are close, large ones would hide the trace.
+function drawPoint(graph, name, canvas, x, y, colour) {
+  const size = (graph.isDetailed ? 1 : 0.4) * (name === 'device' ? 7 : 5);
+  canvas.fillStyle = colour;
+  canvas.beginPath();
+  if (name === 'device') canvas.rect(x - size / 2, y - size / 2, size, size);
+  else canvas.arc(x, y, size / 2, 0, 2 * Math.PI);
+  canvas.fill();
+}
+
+function ringDifferences(sensor, axis) {
+  return event => {
+    Dygraph.Plotters.linePlotter(event);
+    const { drawingContext: canvas, dygraph } = event;
+    canvas.strokeStyle = DIFFERS;
+    canvas.lineWidth = 2;
+    for (const { differs, middle, position, device } of visible(sensor, dygraph)) {
+      if (!differs) continue;
+      canvas.beginPath();
+      canvas.arc(...dygraph.toDomCoords(middle, (device ?? position)[axis]), 7, 0, 2 * Math.PI);
+      canvas.stroke();
+    }
+  };
+}
+
+function reading({ cells }) {
+  return columns.map((name, i) => [name, cells[i]]).filter(([name, cell]) => cell !== '' && name !== 'reason')
+    .map(([name, cell]) => `${name} ${cell}`).join(', ');
+}
+
+function showLegend(box, sensor) {
+  const entries = [[HALL, 'hall samples'], [SPAN, 'span used'], [POSITION, 'position reported']];
+  if (sensor.exposures.some(({ device }) => device)) entries.push([DEVICE, 'position on the device']);
+  if (sensor.exposures.some(({ differs }) => differs)) entries.push([DIFFERS, 'device differs']);
+  data.groups.forEach(([text, colour], i) => sensor.counts[i] && entries.push([colour, `${text}: ${count(sensor.counts[i])}`]));
+  for (const [colour, text] of entries) {
+    const entry = box.appendChild(make('span'));
+    entry.append(chip(colour), text);
+  }
+}
+
+function showReduction(box, sensor, points) {
+  const drawn = points.filter(({ hall }) => Number.isFinite(hall[0])).length;
+  if (drawn < sensor.sample_count) {
+    const [from, to] = sensor.range;
+    box.textContent = `Of ${count(sensor.sample_count)} samples, ${count(drawn)} points are drawn: the least and the largest ` +
+      `of each ${(2 * (to - from) / drawn).toPrecision(2)} ms. A page of a part (--from, --to) shows more.`;
+  }
+}
+
+// Gives each exposure the time at which its position is drawn, and a lane in which no other overlaps it.
+function arrange(sensor) {
+  const ends = [];  // of the lanes
+  for (const its of sensor.exposures.filter(({ rows }) => rows)) {
+    const times = its.span ?? its.rows;
+    its.middle = (times[0] + times.at(-1)) / 2;
+    its.lane = ends.findIndex(end => end <= its.rows[0]);
+    if (its.lane < 0) its.lane = ends.length < MOST_LANES ? ends.length : ends.indexOf(Math.min(...ends));
+    ends[its.lane] = its.rows[2];
+  }
+  sensor.lanes = ends.length;
+}
+
+function showTrace(section, sensor) {
+  arrange(sensor);
+  const points = pointsOf(sensor);
+  showLegend(section.appendChild(make('p', undefined, 'legend')), sensor);
+  section.append(make('p', 'Drag to zoom, drag with Shift to pan, double-click to see all. A click on a row of the table ' +
+                           'of exposures shows its place.', 'note'));
+  showReduction(section.appendChild(make('p', undefined, 'note')), sensor, points);
+  const boxes = ['frames', 'x', 'y'].map(name => section.appendChild(make('div', undefined, `graph ${name}`)));
+  const range = section.appendChild(make('p', undefined, 'range'));
+  const hint = section.appendChild(make('p', 'Point at a trace to read an exposure.', 'reading'));
+
+  const common = {
+    dateWindow: sensor.range, connectSeparatedPoints: true, legend: 'never', xLabelHeight: 0, gridLineColor: '#ddd',
+    highlightCallback: (event, ms) => {
+      const drawn = sensor.exposures.filter(its => its.rows);
+      if (drawn.length) hint.textContent = reading(drawn.reduce((a, b) => Math.abs(b.middle - ms) < Math.abs(a.middle - ms) ? b : a));
+    },
+    drawCallback: graph => {
+      const [from, to] = graph.xAxisRange();
+      range.textContent = `From ${from.toFixed(1)} to ${to.toFixed(1)} ms from the first sample.`;
+    },
+  };
+  const y = { axisLabelWidth: 60 };
+  const graphs = [new Dygraph(boxes[0], points.map(({ ms }) => [ms, 0.5]), {
+    ...common, labels: ['ms', 'frames'], plotter: drawFrames(sensor), valueRange: [0, 1], highlightCircleSize: 0, ylabel: 'frames',
+    axes: { x: { drawAxis: false }, y: { ...y, drawGrid: false, axisLabelFormatter: () => '' } },
+  })];
+  for (const axis of [0, 1]) {
+    graphs.push(new Dygraph(boxes[axis + 1], points.map(({ ms, hall, here, device }) => [ms, hall[axis], device[axis], here[axis]]), {
+      ...common, labels: ['ms', 'hall', 'device', 'position'], ylabel: `hall ${'xy'[axis]} (ois${'XY'[axis]})`,
+      axes: { x: { drawAxis: axis === 1 }, y },
+      series: {
+        hall: { color: HALL, strokeWidth: 1, plotter: drawSpans(sensor, points, axis) },
+        device: { color: DEVICE, strokeWidth: 0, drawPoints: true, drawPointCallback: drawPoint },
+        position: { color: POSITION, strokeWidth: 0, drawPoints: true, drawPointCallback: drawPoint, plotter: ringDifferences(sensor, axis) },
+      },
+      showRangeSelector: axis === 1, rangeSelectorHeight: 36, rangeSelectorPlotFillColor: '', rangeSelectorPlotStrokeColor: HALL,
+    }));
+  }
+  Dygraph.synchronize(graphs, { zoom: true, selection: true, range: false });
+  sensor.show = ({ rows }) => {
+    graphs[2].updateOptions({ dateWindow: [rows[0] - 100, rows[2] + 100] });
+    section.scrollIntoView();
+  };
+}
+
+function showSensor(sensor) {
+  const section = byId('sensors').appendChild(make('section'));
+  section.append(make('h2', `Sensor ${sensor.id}`));
+  if (sensor.range) showTrace(section, sensor);
+  else section.append(make('p', 'It has no samples and no exposure to draw.', 'note'));
+  showFigures(section.appendChild(make('table', undefined, 'figures')), sensor.figures);
+}
+
+// The table of exposures.
+
+const SHORT = { x: 4, y: 4, error_x: 4, error_y: 4 };  // decimals; the cell's title has all
+// The reason stands in its detail, a text that goes last.
+const shownColumns = columns.map((name, i) => [name, i]).filter(([name]) => name !== 'reason')
+  .sort(([a], [b]) => (a === 'detail') - (b === 'detail'));
+
+function exposureRow(sensor, exposure) {
+  const cells = shownColumns.map(([name, i]) => {
+    const cell = exposure.cells[i];
+    const its = make('td', name in SHORT && cell !== '' ? Number(cell).toFixed(SHORT[name]) : cell);
+    if (name in SHORT) its.title = cell;
+    return its;
+  });
+  const row = addRow(byId('exposures').tBodies[0], [make('td'), ...cells]);
+  row.firstChild.append(chip(data.groups[exposure.group][1]));
+  if (exposure.rows && sensor.show) row.onclick = () => sensor.show(exposure);
+}
+
+function fillTable() {
+  const { value: id } = byId('sensor'), { value: group } = byId('outcome');
+  const wanted = data.sensors.filter(its => id === '' || `${its.id}` === id).flatMap(sensor => sensor.exposures
+    .filter(its => group === '' || `${its.group}` === group).map(exposure => [sensor, exposure]));
+  const body = byId('exposures').tBodies[0];
+  body.replaceChildren();
+  const more = () => {
+    for (const [sensor, exposure] of wanted.slice(body.rows.length, body.rows.length + CHUNK)) exposureRow(sensor, exposure);
+    byId('shown').textContent = `${count(body.rows.length)} of ${count(wanted.length)} shown`;
+    byId('more').hidden = body.rows.length === wanted.length;
+  };
+  byId('more').onclick = more;
+  more();
+}
+
+function addChoices(select, all, choices) {
+  for (const [value, text] of [['', all], ...choices]) select.append(new Option(text, value));
+  select.onchange = fillTable;
+}
+
+function showExposures() {
+  addRow(byId('exposures').tHead, ['', ...shownColumns.map(([name]) => name)], 'th');
+  addChoices(byId('sensor'), 'all', data.sensors.map(({ id }) => [id, id]));
+  const counts = data.groups.map((_, i) => data.sensors.reduce((sum, its) => sum + its.counts[i], 0));
+  const all = counts.reduce((sum, its) => sum + its, 0);
+  addChoices(byId('outcome'), `all: ${count(all)}`,
+             data.groups.map(([text], i) => [i, `${text}: ${count(counts[i])}`]).filter(([i]) => counts[i]));
+  const parts = data.sensors.flatMap(({ id, strides }) => strides.map((stride, i) => [stride, `one in ${stride} of ` +
+    `“${data.groups[i][0]}” (sensor ${id})`])).filter(([stride]) => stride > 1).map(([, text]) => text);
+  if (parts.length) byId('listed').textContent = `Not every exposure is listed and drawn, but ${parts.join(', ')}.`;
+  fillTable();
+}
+
+document.title = byId('session').textContent = data.session;
+if (data.from !== undefined || data.to !== undefined) {
+  byId('part').textContent = `Traces and exposures from ${data.from ?? 'the start'} to ${data.to ?? 'the end'} ms from the first ` +
+    'sample; summary, findings and figures of the whole session.';
+}
+showFigures(byId('counts'), data.counts);
+showFindings();
+byId('accuracy').hidden = data.accuracy === '';
+byId('accuracy').lastChild.textContent = data.accuracy;
+data.sensors.forEach(showSensor);
+showExposures();

@@ -31,7 +31,7 @@ class Check(GateTest):
     def test_tolerance(self):
         session = self.expecting("-10.024919", "-15.151465")  # 0.0005 from y
         self.replay(session)
-        self.assertIn("session.jsonl: check failed: 1 expectations not met", self.replay("--check", session, status=1))
+        self.assertIn("session.jsonl: check failed: 1 expectation not met", self.replay("--check", session, status=1))
         self.replay("--check=0.001", session)
         self.replay("--check=0.0004", session, status=1)
         self.replay("--check", self.expecting("-10.024919", "-15.150965"))
@@ -57,7 +57,7 @@ class Compare(GateTest):
         text = HANDHELD.read_text()
         self.write("slow.jsonl", text.replace('"rolling_shutter":{"0":15980000', '"rolling_shutter":{"0":7990000'))
         done = self.run_command([*REPLAY, "compare", HANDHELD, "slow.jsonl"], status=1).stdout
-        self.assertRegex(done, r"other positions +\d{3}\n")
+        self.assertRegex(done, r"different positions +\d{3}\n")
         self.assertRegex(done, r"sensor 0 type 1 start of frame \d+: x \S+ y \S+ -> x")
         self.assertEqual(done.count("->"), 20)
 

@@ -79,8 +79,9 @@ class Reasons(ReportTest):
         # 2.5 ms after a sample that counts for 1.252 ms later, so that both neighbours are too far
         text = self.report(slow, ask(BEGIN + 405 * MS + 752_000))
         self.assertIn("nearest sample 2500 us", text)
-        self.assertIn("1 exposure: sample rate 200 Hz: 60 % of all moments lie 1000 us or more from every sample", text)
-        self.assertIn("30 hand-overs to bring 100: at most 60", self.report(
+        self.assertIn("1 exposure: raise the sample rate to 1 kHz: at 200 Hz, 60 % of all moments lie 1000 us or more"
+                      " from every sample", text)
+        self.assertIn("30 hand-overs hold fewer than 100 samples: at most 60", self.report(
             [sensor(), *MONITOR], *[samples(2, 8 * MS, BEGIN + 16 * MS * i) for i in range(40)], ask(BEGIN + 600 * MS)))
 
     def test_a_silent_session_has_no_figures(self):
@@ -105,7 +106,7 @@ class Figures(ReportTest):
         self.assertIn("total data size:70", (self.folder / "results").read_text())
         self.assertIn("fewer than 100 samples buffered: 70", text)
         self.assertIn("2 filed, 1 of them split, 1 discarded, 0 empty", text)
-        self.assertIn("1 discarded batch: deliver", text)
+        self.assertIn("begin before it: 1 batch was discarded", text)
 
     def test_match_span_and_rate(self):
         # The exposure starts 0.3 ms after what the nearest sample counts for; 10 ms of readout make 11 samples.
@@ -321,12 +322,12 @@ class Plot(ReportTest):
         text = self.replay("--plot", "p.png", HANDHELD, status=1, env=no_path)
         self.assertIn("install the package gnuplot-nox", text)
         self.assertIn("must end in .svg, .png or .gp", self.replay("--plot", "p.jpg", HANDHELD, status=2))
-        self.assertIn("no such sensor", self.replay("--plot", "p.png", "--sensor", "3", HANDHELD, status=2))
+        self.assertIn("no sensor 3", self.replay("--plot", "p.png", "--sensor", "3", HANDHELD, status=2))
         text = self.replay("--plot", "p.png", "--from", "1e6", "--to", "2e6", HANDHELD, status=2)
         self.assertIn("nothing from 1000000 ms on: the session ends 10030.997 ms", text)
         self.assertIn("between these times", self.replay("--plot", "p.png", "--to", "-900", HANDHELD, status=2))
         self.assertIn("less than --to", self.replay("--plot", "p.png", "--from", "2", "--to", "1", HANDHELD, status=2))
-        self.assertIn("need --plot or --trace", self.replay("--from", "1", HANDHELD, status=2))
+        self.assertIn("need --plot, --trace or --html", self.replay("--from", "1", HANDHELD, status=2))
         self.assertIn("no folder missing/folder", self.replay("--plot", "missing/folder/p.png", HANDHELD, status=1))
 
     def test_a_part_that_is_not_there_prints_nothing(self):

@@ -16,6 +16,7 @@
 #include "tools/cli/Files.h"
 #include "tools/cli/Progress.h"
 #include "tools/play/Player.h"
+#include "tools/report/Causes.h"
 #include "tools/report/Comparison.h"
 #include "tools/report/Cost.h"
 #include "tools/report/ExposureRows.h"
@@ -214,7 +215,7 @@ bool passesCheck(const PlayArguments& arguments, const Comparison& comparison) {
         unmet += group.unmet;
     std::cerr << arguments.session << ": check failed: "
               << (comparison.groups().empty() ? "the session has no expectations"
-                                              : std::to_string(unmet) + " expectations not met")
+                                              : counted(unmet, "expectation") + " not met")
               << '\n';
     return false;
 }
@@ -234,7 +235,8 @@ std::string checkPlotName(const std::string& file) {
 void addPlayOptions(CLI::App& app, PlayArguments& arguments) {
     // Not marked as required, or it would take the name of a subcommand; main() asks for it.
     app.add_option("SESSION", arguments.session, "Session file, one JSON object a line");
-    app.add_option("--results", arguments.results, "Write exact results, one JSON object a call ('-': standard output)")
+    app.add_option("--results", arguments.results,
+                   "Write exact results, one JSON object per call ('-': standard output)")
         ->type_name("FILE");
     app.add_flag("--log", arguments.log, "Print what the library logs on standard error");
     CLI::Option* const plot = app.add_option(
@@ -245,7 +247,7 @@ void addPlayOptions(CLI::App& app, PlayArguments& arguments) {
         ->type_name("MS");
     app.add_option("--to", arguments.limits.toMs, "End of the part to draw, trace or show, in ms from the first sample")
         ->type_name("MS");
-    app.add_option("--sensor", arguments.sensor, "Draw this sensor, instead of the one with the lowest id")
+    app.add_option("--sensor", arguments.sensor, "Draw this sensor instead of the one with the lowest id")
         ->type_name("ID")
         ->needs(plot);
     app.add_option("--trace", arguments.trace,
@@ -257,12 +259,12 @@ void addPlayOptions(CLI::App& app, PlayArguments& arguments) {
         ->type_name("FILE");
     app.add_option("--summary", arguments.summary, "Write the figures and findings, in JSON")->type_name("FILE");
     app.add_flag(fmt::format("--check{{{}}}", kRounding), arguments.check,
-                 "Fail unless every position is as near to the device's as this, in x and y")
+                 "Exit with status 1 if a position differs from the device's by more than this, in x or y")
         ->check(CLI::Validator(checkTolerance, ""));
     app.add_option("--junit", arguments.junit, "Write the comparison with the device as a JUnit report")
         ->type_name("FILE");
     CLI::Option* const cost = app.add_flag("--cost", arguments.cost, "Print what each call into the library cost");
-    app.add_option("--repeat", arguments.repeat, "Play N times more, for the cost alone")
+    app.add_option("--repeat", arguments.repeat, "Play N more times to measure the cost")
         ->type_name("N")
         ->check(CLI::Range(0U, 1'000'000U))
         ->needs(cost);

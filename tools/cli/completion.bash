@@ -2,11 +2,11 @@
 _lsc_replay() {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} options
     case ${COMP_WORDS[1]} in
-        accuracy) options="--help --truth --stamp-delay --sensor" ;;
+        accuracy) options="--help --truth --stamp-delay --html --sensor" ;;
         compare) options="--help" ;;
         import) options="--help -o --output --pid --strict" ;;
-        *) options="--help --version --results --log --plot --from --to --sensor --trace --csv --summary --check --junit
-            --cost --repeat" ;;
+        *) options="--help --version --results --log --plot --from --to --sensor --trace --html --csv --summary --check
+            --junit --cost --repeat" ;;
     esac
     case $previous in
         --from | --to | --sensor | --repeat | --pid | --stamp-delay) COMPREPLY=() ;;

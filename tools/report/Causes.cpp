@@ -29,14 +29,15 @@ MaybeCause futureStamp(const SensorStatistics& sensor) {
     constexpr std::uint64_t kRow = 3;  // fewer may have come in the wrong order
     const auto& stuck = sensor.longestStuck;
     if (!stuck || stuck->batches < kRow) return std::nullopt;
-    return cause("future-stamp",
-                 {{"frame", number(stuck->frame)},
-                  {"stamp_ns", static_cast<double>(stuck->stampNs)},  // as in number()
-                  {"discarded", number(stuck->batches)}},
-                 fmt::format("keep time stamps of the future out of the samples: after that of {} ns, handed over with "
-                             "frame {}, {} were discarded",
-                             stuck->stampNs, stuck->frame, counted(stuck->batches, "batch", "es")),
-                 {Kind::kTooFewSamples, Kind::kNoLaterSample, Kind::kNoNearSample, Kind::kOneSample});
+    return cause(
+        "future-stamp",
+        {{"frame", number(stuck->frame)},
+         {"stamp_ns", static_cast<double>(stuck->stampNs)},  // as in number()
+         {"discarded", number(stuck->batches)}},
+        fmt::format("find out why a sample is stamped in the future: after the time stamp {} ns, handed over with "
+                    "frame {}, {} were discarded",
+                    stuck->stampNs, stuck->frame, counted(stuck->batches, "batch", "es")),
+        {Kind::kTooFewSamples, Kind::kNoLaterSample, Kind::kNoNearSample, Kind::kOneSample});
 }
 
 // The drift, when it is neither chance nor too small to matter.
@@ -60,8 +61,8 @@ MaybeCause clockOffset(const SensorStatistics& sensor) {
     if (!behind && offsetUs <= 2 * frameUs) return std::nullopt;
     return cause(behind ? "sample-clock-behind" : "sample-clock-ahead",
                  {{"offset_us", offsetUs}, {"frame_interval_us", frameUs}},
-                 fmt::format("give samples and frames the same clock: the newest sample of a hand-over is {:.3f} ms {} "
-                             "the time stamp of its frame",
+                 fmt::format("use one clock for samples and frames: in the median, the newest sample of a hand-over is "
+                             "{:.3f} ms {} the time stamp of its frame",
                              std::abs(offsetUs) / 1000, behind ? "before" : "after"),
                  {Kind::kNoLaterSample, Kind::kNoNearSample});
 }
@@ -69,42 +70,51 @@ MaybeCause clockOffset(const SensorStatistics& sensor) {
 MaybeCause clockDrift(const SensorStatistics& sensor) {
     const auto drift = realDrift(sensor);
     if (!drift) return std::nullopt;
-    return cause("sample-clock-drift", {{"drift_ppm", drift->ppm}, {"total_us", drift->totalUs}},
-                 fmt::format("give samples and frames the same clock: that of the samples is {} by {:.0f} ppm, {:.3f} "
-                             "ms over the session",
-                             drift->ppm > 0 ? "fast" : "slow", std::abs(drift->ppm), std::abs(drift->totalUs) / 1000),
-                 {Kind::kNoLaterSample, Kind::kNoNearSample});
+    return cause(
+        "sample-clock-drift", {{"drift_ppm", drift->ppm}, {"total_us", drift->totalUs}},
+        fmt::format("use one clock for samples and frames: that of the samples is {} by {:.0f} ppm, {:.3f} ms over "
+                    "the session",
+                    drift->ppm > 0 ? "fast" : "slow", std::abs(drift->ppm), std::abs(drift->totalUs) / 1000),
+        {Kind::kNoLaterSample, Kind::kNoNearSample});
 }
 
-// The advice on a rolling shutter that does not fit the frame interval, with the factor by which it seems wrong; 1 for
-// an unknown one. Nothing for one that fits.
-std::optional<std::pair<double, std::string>> misfit(double shutterUs, double frameUs) {
+// A rolling shutter that does not fit the frame interval: the factor by which it seems wrong, 1 for an unknown one, and
+// the words around the interval.
+struct Misfit {
+    double factor;
+    const char* relation;
+    const char* advice;
+};
+
+std::optional<Misfit> misfit(double shutterUs, double frameUs) {
     constexpr double kTolerance = 1.05;
     const double longestUs = kTolerance * frameUs;
     if (shutterUs <= longestUs / kUnitFactor) {
-        return std::pair(1 / kUnitFactor, "a thousandth of what fits: give it in ns");
+        return Misfit{1 / kUnitFactor, "about a thousandth of what fits", "give it in ns"};
     }
     if (shutterUs <= longestUs) return std::nullopt;
-    if (shutterUs <= 2 * longestUs) return std::pair(2.0, "too long, half of it fits: is it counted double?");
+    if (shutterUs <= 2 * longestUs) {
+        return Misfit{2.0, "too long for", "half of it would fit, so check whether it is counted twice"};
+    }
     // Thousand times as long as a readout that is no shorter than a fiftieth of the frame.
     if (shutterUs <= kUnitFactor * longestUs && shutterUs >= kUnitFactor / 50 * frameUs) {
-        return std::pair(kUnitFactor, "a thousand times what fits: give it in ns");
+        return Misfit{kUnitFactor, "about a thousand times what fits", "give it in ns"};
     }
-    return std::pair(1.0, "too long: check it for the mode in use");
+    return Misfit{1.0, "too long for", "check it for the mode in use"};
 }
 
 MaybeCause rollingShutter(const SensorStatistics& sensor) {
     for (const auto& [shutterNs, frames] : sensor.frameUsByShutter) {
         if (frames.count() < kEnough) continue;
         const double shutterUs = number(shutterNs) / lsc::kNsPerUs;
-        const auto wrong = misfit(shutterUs, medianUs(frames));
+        const double frameUs = medianUs(frames);
+        const auto wrong = misfit(shutterUs, frameUs);
         if (!wrong) continue;
-        return cause(
-            "rolling-shutter",
-            {{"rolling_shutter_us", shutterUs}, {"frame_interval_us", medianUs(frames)}, {"factor", wrong->first}},
-            fmt::format("a rolling shutter of {:.3f} ms at a frame interval of {:.3f} ms is {}", shutterUs / 1000,
-                        medianUs(frames) / 1000, wrong->second),
-            {Kind::kOneSample, Kind::kNoNearSample});
+        return cause("rolling-shutter",
+                     {{"rolling_shutter_us", shutterUs}, {"frame_interval_us", frameUs}, {"factor", wrong->factor}},
+                     fmt::format("the rolling shutter of {:.3f} ms is {} a frame interval of {:.3f} ms: {}",
+                                 shutterUs / 1000, wrong->relation, frameUs / 1000, wrong->advice),
+                     {Kind::kOneSample, Kind::kNoNearSample});
     }
     return std::nullopt;
 }
@@ -136,8 +146,9 @@ MaybeCause missingHandOvers(const SensorStatistics& sensor) {
     const bool lost = gapsOverMissing(sensor) > 0;
     return cause("missing-hand-overs",
                  {{"missing", number(missing)}, {"longest_gap_ms", number(sensor.missedPeriodUs.max()) / 1000}},
-                 fmt::format("hand over samples (UpdateSensorData) for every frame: {} of the frame numbers {} none{}",
-                             missing, missing == 1 ? "has" : "have", lost ? ", and their samples are lost" : ""),
+                 fmt::format("call UpdateSensorData for every frame: {} no hand-over{}",
+                             missing == 1 ? "1 frame number has" : fmt::format("{} frame numbers have", missing),
+                             lost ? ", and their samples are lost" : ""),
                  lost ? lackingIn(sensor.missedPeriodUs, sensor) : std::vector<Kind>());
 }
 
@@ -147,29 +158,31 @@ bool fillsTooSlowly(const SensorStatistics& sensor) {
            (sensor.periodUs.count() + 1) * lsc::kMaxBufferedFrames < lsc::kWindowSize * sensor.filed();
 }
 
+std::string tooSlow(const SensorStatistics& sensor) {
+    return fmt::format("at {:.0f} Hz, {} hand-overs hold fewer than {} samples: at most {} were buffered",
+                       rateHz(sensor), lsc::kMaxBufferedFrames, lsc::kWindowSize,
+                       sensor.without(Kind::kTooFewSamples).largest);
+}
+
+std::string farApart(const SensorStatistics& sensor) {
+    const double percent = 100.0 * (1.0 - number(kLongestPeriodUs) / medianUs(sensor.periodUs));
+    return fmt::format("raise the sample rate to 1 kHz: at {:.0f} Hz, {} moments lie {} us or more from every sample",
+                       rateHz(sensor), percent < 1.0 ? "some" : fmt::format("{:.0f} % of all", percent),
+                       lsc::kMatchWindowUs);
+}
+
 MaybeCause lowRate(const SensorStatistics& sensor) {
     const std::uint64_t period = sensor.periodUs.quantile(0.5);
-    const double share = 1.0 - number(kLongestPeriodUs) / medianUs(sensor.periodUs);
     const bool missed = sensor.without(Kind::kNoNearSample).count > 0;
     const bool low = period > kLongestPeriodUs || (period == kLongestPeriodUs && missed);
-    if (!low && !fillsTooSlowly(sensor)) return std::nullopt;
-    std::string advice =
-        fillsTooSlowly(sensor)
-            ? fmt::format(
-                  "the samples come too slowly ({:.0f} Hz) for {} hand-overs to bring {}: at most {} were "
-                  "buffered",
-                  rateHz(sensor), lsc::kMaxBufferedFrames, lsc::kWindowSize,
-                  sensor.without(Kind::kTooFewSamples).largest)
-            : fmt::format(
-                  "sample rate {:.0f} Hz: {:.0f} % of all moments lie {} us or more from every sample; at 1 "
-                  "kHz none does",
-                  rateHz(sensor), 100.0 * share, lsc::kMatchWindowUs);
+    const bool slow = fillsTooSlowly(sensor);
+    if (!low && !slow) return std::nullopt;
     std::vector<Kind> explains;
-    if (fillsTooSlowly(sensor)) explains.push_back(Kind::kTooFewSamples);
+    if (slow) explains.push_back(Kind::kTooFewSamples);
     if (low) explains.push_back(Kind::kNoNearSample);
     return cause(low ? "low-rate" : "too-few-samples",
                  {{"rate_hz", rateHz(sensor)}, {"buffered", number(sensor.without(Kind::kTooFewSamples).largest)}},
-                 std::move(advice), std::move(explains));
+                 slow ? tooSlow(sensor) : farApart(sensor), std::move(explains));
 }
 
 MaybeCause gaps(const SensorStatistics& sensor) {
@@ -178,9 +191,8 @@ MaybeCause gaps(const SensorStatistics& sensor) {
     if (count == 0) return std::nullopt;
     const double longestMs = number(sensor.periodUs.max()) / 1000;
     return cause("sample-gaps", {{"gaps", number(count)}, {"longest_ms", longestMs}},
-                 fmt::format("the samples have {} of up to {:.3f} ms: look for what stops the hall sensor or its "
-                             "driver",
-                             counted(count, "gap"), longestMs),
+                 fmt::format("find out what stops the hall sensor or its driver: the samples have {} {:.3f} ms",
+                             count == 1 ? "a gap of" : fmt::format("{} gaps of up to", count), longestMs),
                  lackingIn(sensor.periodUs, sensor));
 }
 
@@ -190,11 +202,12 @@ MaybeCause jitter(const SensorStatistics& sensor) {
     const double late = number(sensor.periodUs.quantile(0.95));
     std::vector<Kind> explains;
     if (sensor.periodUs.max() >= kLongestPeriodUs) explains.push_back(Kind::kNoNearSample);
-    return cause("sample-jitter", {{"median_us", median}, {"above_5_percent_us", late}},
-                 fmt::format("sample the hall sensor evenly, and take time stamps when it is read: the median step is "
-                             "{:.0f} us, but 5 % exceed {:.0f} us",
-                             median, late),
-                 std::move(explains));
+    return cause(
+        "sample-jitter", {{"median_us", median}, {"above_5_percent_us", late}},
+        fmt::format("read the hall sensor at even intervals, and take the time stamps then: the median interval is "
+                    "{:.0f} us, but 5 % exceed {:.0f} us",
+                    median, late),
+        std::move(explains));
 }
 
 MaybeCause shortSpans(const SensorStatistics& sensor) {
@@ -203,7 +216,7 @@ MaybeCause shortSpans(const SensorStatistics& sensor) {
     if (sensor.spanSamples.count() < kEnough || 4 * (used + 1) >= 3 * expected) return std::nullopt;
     return cause("short-spans", {{"used", number(used)}, {"expected", number(expected)}},
                  fmt::format("hand over the samples of the whole readout before the frame is asked for, at a rate at "
-                             "which {} of them reach over it: {} samples were used of {} expected",
+                             "which {} of them cover it: the median span has {} samples of {} expected",
                              lsc::kWindowBefore, used, expected),
                  {});
 }
@@ -212,7 +225,8 @@ MaybeCause discarded(const SensorStatistics& sensor) {
     const std::uint64_t count = sensor.batchesOf(Fate::kDiscarded);
     if (count == 0) return std::nullopt;
     return cause("discarded-batches", {{"discarded", number(count)}},
-                 counted(count, "discarded batch", "es") + ": deliver a batch only after those that begin before it",
+                 "hand over each batch after those that begin before it: " + counted(count, "batch", "es") +
+                     (count == 1 ? " was" : " were") + " discarded",
                  {Kind::kNoNearSample});
 }
 

@@ -122,10 +122,10 @@ void printDifference(std::ostream& out, const Difference& difference) {
     out << (difference.examples.empty() ? "" : "\n") << fmt::format("{:<40}{:>10}{:>10}\n", "", "before", "after");
     counts("exposures", &Difference::Side::exposures);
     counts("exposures served", &Difference::Side::served);
-    counts("exposures of this side alone", &Difference::Side::unmatched);
-    counts("exposures served on this side alone", &Difference::Side::onlyServed);
-    out << fmt::format("{:<40}{:>10}\n", "other positions", difference.positions)
-        << fmt::format("{:<40}{:>10}\n", "other reasons", difference.reasons)
+    counts("exposures on this side only", &Difference::Side::unmatched);
+    counts("exposures served on this side only", &Difference::Side::onlyServed);
+    out << fmt::format("{:<40}{:>10}\n", "different positions", difference.positions)
+        << fmt::format("{:<40}{:>10}\n", "different reasons", difference.reasons)
         << "distance of positions                   " << distribution(difference.distances) << '\n';
 }
 

@@ -16,47 +16,48 @@ using Kind = Reason::Kind;
 std::pair<std::string, std::string> symptom(const SensorStatistics& sensor, Kind kind) {
     switch (kind) {
         case Kind::kNoMetadata:
-            return {"no-metadata", "hand over the frame's metadata, not a null pointer"};
+            return {"no-metadata", "pass the frame's metadata, not a null pointer"};
         case Kind::kNoCalibration:
             return {"no-calibration",
                     "the module's OTP memory or its layout record has no valid OIS calibration: see the error "
                     "message of ReadOTPInfo (--log)"};
         case Kind::kTimingMissing:
-            return {"no-timing", "write start of frame and exposure block into the metadata before the call"};
+            return {"no-timing", "write the start of frame and the exposure block into the metadata before the call"};
         case Kind::kNoMonitor:
             return {"no-monitor",
-                    "start the monitor (RegisterAndStartSensorMonitor) before the first frame, stop it after the "
-                    "last"};
+                    "start the monitor (RegisterAndStartSensorMonitor) before the first frame and stop it after "
+                    "the last"};
         case Kind::kNoStartOfFrame:
             return {"no-start-of-frame", "give each exposure of a frame its own start of frame in the metadata"};
         case Kind::kTooFewSamples:
-            return {"asked-too-early", fmt::format("start the monitor earlier: the first {} samples must be handed "
-                                                   "over before the first frame is asked for",
+            return {"asked-too-early", fmt::format("start the monitor earlier: {} samples must be buffered before "
+                                                   "the first frame is asked for",
                                                    lsc::kWindowSize)};
         case Kind::kNoLaterSample:
             return {"late-hand-overs", fmt::format("hand the samples over (UpdateSensorData) before the frame is "
-                                                   "asked for: they came up to {} us short of its start",
+                                                   "asked for: the samples ended up to {} us before its "
+                                                   "start",
                                                    sensor.without(kind).largest)};
         case Kind::kNoNearSample:
             if (lsc::kWindowBefore * sensor.periodUs.quantile(0.5) < sensor.exposureUs.quantile(0.5)) {
-                return {"high-rate", fmt::format("deliver samples less often: the library looks at {} from before "
-                                                 "the start of frame, which is less than an exposure",
+                return {"high-rate", fmt::format("deliver samples less often: the library searches {} from before "
+                                                 "the start of frame, which last less than an exposure",
                                                  lsc::kWindowBefore)};
             }
             return {"asked-too-late",
-                    fmt::format("ask for a frame before its samples leave the buffer, which keeps {} hand-overs, and "
+                    fmt::format("ask for a frame while its samples are buffered ({} hand-overs are kept), and "
                                 "check that samples and frames share one clock",
                                 lsc::kMaxBufferedFrames)};
         case Kind::kOneSample:
             if (sensor.without(kind).largest == 0) {
                 return {"no-rolling-shutter",
-                        "no rolling-shutter time is stored: call StoreRollingShutter for the mode in use"};
+                        "call StoreRollingShutter for the mode in use: no rolling shutter is stored"};
             }
             return {"short-rolling-shutter",
-                    "the rolling shutter is short against the sample period: deliver samples more often"};
+                    "deliver samples more often: the rolling shutter is short compared with the sample period"};
         case Kind::kUnknownType:
         case Kind::kCalculationMode:
-            return {"nothing-to-compute", "use a type and a calculation mode that compute something"};
+            return {"nothing-to-compute", "use a type and a calculation mode that compute a position"};
         case Kind::kAlreadyWritten:
             break;
     }

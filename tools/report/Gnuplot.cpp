@@ -32,7 +32,7 @@ ScriptFile fileWith(const std::string& text) {
 
 [[noreturn]] void failMissing() {
     throw StreamError(
-        "gnuplot is not installed, which draws the pictures: install the package gnuplot-nox, or ask for a .gp file");
+        "gnuplot, which draws the pictures, is not installed: install the package gnuplot-nox, or ask for a .gp file");
 }
 
 pid_t start(int input) {
@@ -47,7 +47,7 @@ pid_t start(int input) {
     const int error = posix_spawnp(&process, program, &actions, nullptr, arguments, environ);
     posix_spawn_file_actions_destroy(&actions);
     if (error == ENOENT) failMissing();
-    if (error != 0) throw StreamError("gnuplot cannot be run: " + std::generic_category().message(error));
+    if (error != 0) throw StreamError("gnuplot cannot be started: " + std::generic_category().message(error));
     return process;
 }
 

@@ -210,12 +210,13 @@ bool isPlotName(const std::string& file) {
 std::string plotScript(const Recording& recording, const PlotOptions& options) {
     const auto& sensors = recording.sensors();
     const auto sensor = options.sensor ? sensors.find(*options.sensor) : sensors.begin();
-    if (sensors.empty())
-        throw std::invalid_argument("nothing to plot: the session takes no samples and asks for no frame");
-    if (sensor == sensors.end()) throw std::invalid_argument("nothing to plot: the session has no such sensor");
+    if (sensors.empty()) throw std::invalid_argument("nothing to plot: the session has neither samples nor frames");
+    if (sensor == sensors.end())
+        throw std::invalid_argument(fmt::format("nothing to plot: the session has no sensor {}", *options.sensor));
     recording.extent().checkBegin(options.limits);
     const Picture picture(sensor->second, recording.extent(), options.limits);
-    if (picture.isEmpty()) throw std::invalid_argument("nothing to plot between these times");
+    if (picture.isEmpty())
+        throw std::invalid_argument("nothing to plot: the sensor has neither samples nor frames between these times");
 
     const HallRows rows(picture);
     const std::string range = fmt::format("set xrange [{:.10g}:{:.10g}]\n", picture.from(), picture.to());

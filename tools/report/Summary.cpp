@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "tools/report/Causes.h"
 #include "tools/report/Findings.h"
 
 namespace replay {
@@ -17,11 +18,6 @@ using Fate = lsc::SampleQueue::Fate;
 // Of the labels.
 constexpr int kCountWidth = 47;
 constexpr int kFigureWidth = 22;
-
-// "1 exposure", "3 exposures".
-std::string counted(std::uint64_t count, std::string_view what, std::string_view ending = "s") {
-    return fmt::format("{} {}{}", count, what, count == 1 ? "" : ending);
-}
 
 double longestMs(const SensorStatistics& sensor) {
     return static_cast<double>(sensor.periodUs.max()) / 1000.0;  // as above

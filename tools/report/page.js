@@ -2,8 +2,8 @@
 
 const data = JSON.parse(document.getElementById('data').textContent);
 const columns = data.columns.split(',');
-const DETAILED = 150;  // exposures whose shapes can be told
-const CHUNK = 1000;    // rows added to the table at a time
+const DETAILED = 8;  // pixels that an exposure takes at least, where its shape can be told
+const CHUNK = 1000;  // rows added to the table at a time
 const MOST_LANES = 6;
 const LEAST_SHARE = 0.1;
 const SPAN = '#6db3f2', HALL = '#8494a4', POSITION = '#12304f', DEVICE = '#f0a030', DIFFERS = '#d0006f';
@@ -111,7 +111,7 @@ function drawShares(sensor, exposures, { drawingContext, dygraph, plotArea }) {
 function drawFrames(sensor) {
   return event => {
     const exposures = visible(sensor, event.dygraph);
-    if (exposures.length > DETAILED) return drawShares(sensor, exposures, event);
+    if (exposures.length * DETAILED > event.plotArea.w) return drawShares(sensor, exposures, event);
     for (const exposure of exposures) drawFrame(exposure, sensor.lanes, event);
   };
 }
@@ -122,7 +122,7 @@ function drawSpans(sensor, points, axis) {
     Dygraph.Plotters.linePlotter(event);
     const { drawingContext: canvas, dygraph } = event;
     const exposures = visible(sensor, dygraph).filter(({ span }) => span);
-    dygraph.isDetailed = exposures.length <= DETAILED;  // for the points, which are drawn next
+    dygraph.isDetailed = exposures.length * DETAILED <= event.plotArea.w;  // for the points, which are drawn next
     if (!dygraph.isDetailed) return;
     const line = (colour, width, corners) => {
       canvas.strokeStyle = colour;
@@ -234,7 +234,7 @@ function showTrace(section, sensor) {
       ...common, labels: ['ms', 'hall', 'device', 'position'], ylabel: `hall ${'xy'[axis]} (ois${'XY'[axis]})`,
       axes: { x: { drawAxis: axis === 1 }, y },
       series: {
-        hall: { color: HALL, strokeWidth: 1, plotter: drawSpans(sensor, points, axis) },
+        hall: { color: HALL, strokeWidth: 1.3, plotter: drawSpans(sensor, points, axis) },
         device: { color: DEVICE, strokeWidth: 0, drawPoints: true, drawPointCallback: drawPoint },
         position: { color: POSITION, strokeWidth: 0, drawPoints: true, drawPointCallback: drawPoint, plotter: ringDifferences(sensor, axis) },
       },

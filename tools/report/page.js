@@ -5,6 +5,7 @@ const columns = data.columns.split(',');
 const DETAILED = 8;  // pixels that an exposure takes at least, where its shape can be told
 const CHUNK = 1000;  // rows added to the table at a time
 const MOST_LANES = 6;
+const COLUMNS = 750;     // of the strip that stands for more
 const LEAST_SHARE = 0.1;
 const SPAN = '#6db3f2', HALL = '#8494a4', POSITION = '#12304f', DEVICE = '#f0a030', DIFFERS = '#d0006f';
 
@@ -86,14 +87,14 @@ function drawFrame({ group, rows, lane }, lanes, { drawingContext, dygraph, plot
           [[exposed, top], [read, top], [finished, bottom], [exposed + finished - read, bottom]]);
 }
 
-// The share of each outcome in each column of pixels; a reason has a tenth of the height at least.
-function drawShares(sensor, exposures, { drawingContext, dygraph, plotArea }) {
-  const { x, y, w, h } = plotArea;
-  const bins = Array.from({ length: Math.ceil(w) }, () => new Map());
-  for (const { group, rows } of exposures) {
-    const at = ms => Math.min(bins.length - 1, Math.max(0, Math.floor(dygraph.toDomXCoord(ms) - x)));
-    for (let i = at(rows[0]); i <= at(rows[2]); ++i)
-      bins[i].set(group, (bins[i].get(group) ?? 0) + sensor.strides[group]);
+// The share of each outcome in each column; a reason has a tenth of the height at least. A listed exposure stands for
+// those that follow and are not.
+function drawShares(sensor, exposures, { drawingContext, dygraph, plotArea: { x, y, w, h } }) {
+  const bins = Array.from({ length: COLUMNS }, () => new Map());
+  for (const { group, rows: [begin, , end] } of exposures) {
+    const at = ms => Math.min(COLUMNS - 1, Math.max(0, Math.floor((dygraph.toDomXCoord(ms) - x) / w * COLUMNS)));
+    const last = at(begin + (end - begin) * sensor.strides[group]);
+    for (let i = at(begin); i <= last; ++i) bins[i].set(group, (bins[i].get(group) ?? 0) + 1);
   }
   bins.forEach((groups, i) => {
     const all = [...groups.values()].reduce((sum, its) => sum + its, 0);
@@ -102,7 +103,7 @@ function drawShares(sensor, exposures, { drawingContext, dygraph, plotArea }) {
     let bottom = y + h;
     for (const [group, share] of shares.sort(([a], [b]) => (a === 0) - (b === 0) || a - b)) {
       drawingContext.fillStyle = data.groups[group][1];
-      drawingContext.fillRect(x + i, bottom - share * scale, group === 0 ? 1 : 2, share * scale);
+      drawingContext.fillRect(x + i * w / COLUMNS, bottom - share * scale, w / COLUMNS + 0.5, share * scale);
       bottom -= share * scale;
     }
   });

@@ -21,9 +21,10 @@ namespace replay {
 
 class PlayState {
 public:
-    // With `echo`, what the library logs is printed there too; `observers` hear what happens. Both must outlive it.
-    PlayState(std::ostream* echo, const std::vector<Observer*>& observers)
-        : mRecorder(echo), mWatch(observers, mLibrary) {}
+    // With `echo`, what the library logs is printed there; `keepsLog` keeps it for takeLog(). `observers` hear what
+    // happens. `echo` and they must outlive it.
+    PlayState(std::ostream* echo, bool keepsLog, const std::vector<Observer*>& observers)
+        : mRecorder(echo, keepsLog), mWatch(observers, mLibrary) {}
 
     // Puts `metadata` in place of an earlier object of that name. Objects are kept for the whole session.
     void putMetadata(const std::string& name, std::unique_ptr<NSCam::IMetadata> metadata);

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "tools/session/JsonText.h"
 #include "tools/session/Limits.h"
 #include "tools/session/Narrow.h"
 #include "tools/session/ObjectReader.h"
@@ -19,15 +20,15 @@ constexpr std::uint64_t kNumberSize = 8;  // bytes of one number in a memory blo
 
 // Numbers of a memory block by ascending offset, so that overlapping ones have one meaning.
 std::map<std::uint64_t, std::uint64_t> readNumbers(const Json& numbers, const Place& place, std::uint64_t size) {
-    if (!numbers.is_object()) failExpected(place, "an object of offsets and numbers", numbers);
+    if (!numbers.isObject()) failExpected(place, "an object of offsets and numbers", numbers);
     std::map<std::uint64_t, std::uint64_t> byOffset;
-    for (const auto& item : numbers.items()) {
+    for (const auto& [key, value] : numbers.members()) {
         std::uint64_t offset = 0;
-        if (size < kNumberSize || !parseKey(item.key(), size - kNumberSize, offset)) {
+        if (size < kNumberSize || !parseKey(key, size - kNumberSize, offset)) {
             failAt(place, fmt::format("expected offsets of {}-byte numbers within a block of {} bytes, got {}",
-                                      kNumberSize, size, Json(item.key()).dump()));
+                                      kNumberSize, size, jsonString(key)));
         }
-        if (!byOffset.emplace(offset, toInteger<std::uint64_t>(item.value(), place)).second) {
+        if (!byOffset.emplace(offset, toInteger<std::uint64_t>(value, place)).second) {
             failAt(place, fmt::format("duplicate offset {}", offset));
         }
     }
@@ -50,7 +51,7 @@ Bytes readSizedBlock(const Json& value, const Place& place) {
 }
 
 Memory readMemory(const Json& value, const Place& place) {
-    Bytes bytes = value.is_string() ? toBytes(value, place) : readSizedBlock(value, place);
+    Bytes bytes = value.isText() ? toBytes(value, place) : readSizedBlock(value, place);
     if (bytes.size() > kMaxMemorySize) {
         failAt(place, fmt::format("expected at most {} bytes, got {}", kMaxMemorySize, bytes.size()));
     }

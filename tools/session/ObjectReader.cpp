@@ -1,17 +1,26 @@
 #include "tools/session/ObjectReader.h"
 
+#include <algorithm>
+#include <span>
+
 #include <fmt/format.h>
+
+#include "tools/session/JsonText.h"
 
 namespace replay {
 
 ObjectReader::ObjectReader(const Json& object, const Place& place) : mObject(object), mPlace(place) {
-    if (!object.is_object()) failExpected(place, "an object", object);
+    if (!object.isObject()) failExpected(place, "an object", object);
+}
+
+bool ObjectReader::isKnown(std::string_view key) const {
+    const auto known = std::span(mKnown).first(mKnownCount);
+    return std::ranges::find(known, key) != known.end();
 }
 
 const Json* ObjectReader::find(std::string_view key) {
-    mKnown.insert(key);
-    const auto field = mObject.find(key);
-    return field != mObject.end() ? &*field : nullptr;
+    if (!isKnown(key)) mKnown.at(mKnownCount++) = key;
+    return mObject.find(key);
 }
 
 const Json& ObjectReader::get(std::string_view key) {
@@ -40,8 +49,8 @@ std::vector<double> ObjectReader::doubles(std::string_view key) {
 }
 
 void ObjectReader::finish() const {
-    for (const auto& item : mObject.items()) {
-        if (!mKnown.contains(item.key())) failAt(mPlace, "unknown key " + Json(item.key()).dump());
+    for (const JsonMember& member : mObject.members()) {
+        if (!isKnown(member.key)) failAt(mPlace, "unknown key " + jsonString(member.key));
     }
 }
 

@@ -9,8 +9,6 @@
 #include <string_view>
 #include <utility>
 
-#include "tools/session/Values.h"
-
 namespace replay {
 
 class SessionReader {
@@ -36,9 +34,5 @@ private:
     std::size_t mNumber = 0;
     std::uint64_t mBytes = 0;
 };
-
-// The JSON value of one line. Throws LineError for text that is no JSON value, for a duplicate key, and for nesting
-// deeper than any line of the format needs.
-Json parseLine(std::string_view text);
 
 }  // namespace replay

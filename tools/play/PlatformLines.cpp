@@ -137,22 +137,23 @@ Setting readSamples(ObjectReader& line) {
     };
 }
 
-Setting readMetadata(ObjectReader& line) {
+Setting readMetadata(ObjectReader& line, const PlayState& session) {
     const std::string name = line.text("metadata");
-    return [name, entries = readMetadataEntries(line.get("entries"), line.at("entries"))](PlayState& state) {
+    MetadataEntries entries = readMetadataEntries(line.get("entries"), line.at("entries"), session.metadataRoom(name));
+    return [name, entries = std::move(entries)](PlayState& state) {
         auto metadata = std::make_unique<NSCam::IMetadata>();
-        for (const auto& [tag, values] : entries)
+        for (const auto& [tag, values] : entries.values)
             host::setMetadataEntry(*metadata, tag, values);
-        state.putMetadata(name, std::move(metadata));
+        state.putMetadata(name, std::move(metadata), entries.size);
     };
 }
 
 }  // namespace
 
-Setting readSetting(ObjectReader& line) {
+Setting readSetting(ObjectReader& line, const PlayState& session) {
     if (line.has("platform")) return readPlatform(line);
     if (line.has("samples")) return readSamples(line);
-    if (line.has("metadata")) return readMetadata(line);
+    if (line.has("metadata")) return readMetadata(line, session);
     failAt(Place(), "expected one of the keys \"platform\", \"samples\", \"metadata\" or \"call\"");
 }
 

@@ -37,7 +37,7 @@ void playLine(const Json& line, std::size_t number, PlayState& state, const Play
     const Place place;
     ObjectReader fields(line, place);
     if (fields.has("call")) return playCall(fields, number, state, options);
-    const Setting apply = readSetting(fields);
+    const Setting apply = readSetting(fields, state);
     fields.finish();
     apply(state);
 }
@@ -45,15 +45,10 @@ void playLine(const Json& line, std::size_t number, PlayState& state, const Play
 void playLines(SessionReader& reader, PlayState& state, const PlayOptions& options) {
     LineParser parser;
     while (reader.next()) {
-        try {
-            if (isExpectation(reader.text())) {
-                state.watch().expected(readExpectation(reader.text()));
-            } else {
-                playLine(parser.parse(reader.text()), reader.number(), state, options);
-            }
-        } catch (const LineError& error) {
-            flush(options);
-            throw SessionError(options.name, reader.number(), error.what());
+        if (isExpectation(reader.text())) {
+            state.watch().expected(readExpectation(reader.text()));
+        } else {
+            playLine(parser.parse(reader.text()), reader.number(), state, options);
         }
         if (options.progress) options.progress(reader.number(), reader.bytes());
     }
@@ -66,7 +61,12 @@ void play(std::istream& input, const PlayOptions& options) {
     PlayState state(options.log, options.results != nullptr, options.observers);
     if (options.calculationMode) state.library().overrideCalculationMode(*options.calculationMode);
     SessionReader reader(input, options.name);
-    playLines(reader, state, options);
+    try {
+        playLines(reader, state, options);
+    } catch (const LineError& error) {
+        flush(options);
+        throw SessionError(options.name, reader.number(), error.what());
+    }
     if (options.endMonitors) state.endMonitors();
     flush(options);
 }

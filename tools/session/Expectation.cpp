@@ -30,7 +30,7 @@ bool isExpectation(std::string_view line) {
 
 Expectation readExpectation(std::string_view line) {
     LineParser parser;
-    const Json& object = parser.parse(line.substr(kPrefix.size()));
+    const Json& object = parser.parse(std::string(line.substr(kPrefix.size())));
     const Place place;
     ObjectReader fields(object, place);
     Expectation expected;

@@ -49,8 +49,8 @@ public:
     std::span<const Json> list() const { return {mElements, mSize}; }
     std::span<const JsonMember> members() const;
 
-    // The value under `key` of an object, or null when there is none.
-    const Json* find(std::string_view key) const;
+    // An object's member of that key, or null when there is none.
+    const JsonMember* find(std::string_view key) const;
 
 private:
     union {
@@ -81,9 +81,9 @@ inline Json Json::negative(std::int64_t number) {
     return json;
 }
 
-inline const Json* Json::find(std::string_view key) const {
+inline const JsonMember* Json::find(std::string_view key) const {
     for (const JsonMember& member : members()) {
-        if (member.key == key) return &member.value;
+        if (member.key == key) return &member;
     }
     return nullptr;
 }

@@ -65,13 +65,17 @@ private:
         return built;
     }
 
+    template <typename Container>
+    static std::size_t countOf(const Container& container) {
+        constexpr std::size_t kMany = 0xFFFFFF;  // the parser does not count further
+        if (container.size() < kMany) return container.size();
+        return static_cast<std::size_t>(std::distance(container.begin(), container.end()));  // not negative
+    }
+
     // Room for the elements; they need no destruction.
     template <typename T, typename Container>
     std::span<T> roomFor(const Container& container) {
-        // Not size(), which the parser does not count beyond 24 bits.
-        std::size_t count = 0;
-        for ([[maybe_unused]] const auto& each : container)
-            ++count;
+        const std::size_t count = countOf(container);
         T* const room = std::pmr::polymorphic_allocator<T>(&mMemory).allocate(count);
         std::uninitialized_default_construct_n(room, count);
         return {room, count};
@@ -105,23 +109,19 @@ private:
 LineParser::LineParser() : mParser(std::make_unique<Parser>()) {}
 LineParser::~LineParser() = default;
 
-bool LineParser::tryParse(std::string_view line) {
+bool LineParser::tryParse(const std::string& line) {
     mMemory.release();
     simdjson::dom::element root;
-    const auto error = mParser->parser.parse(line.data(), line.size()).get(root);
+    const auto error = mParser->parser.parse(line).get(root);
     if (error == simdjson::MEMALLOC) throw std::bad_alloc();
     return error == simdjson::SUCCESS && Builder(mMemory).build(root, mValue);
 }
 
-const Json& LineParser::parse(std::string_view line) {
-    // Parsers take a zero byte for the end of the input and skip a byte order mark.
-    if (line.find('\0') != std::string_view::npos) throw LineError("not valid JSON: contains a zero byte");
-    if (line.starts_with("\xEF\xBB\xBF")) throw LineError("not valid JSON: begins with a byte order mark");
+const Json& LineParser::parse(const std::string& line) {
     // Escapes are left to one parser, so that there is one opinion of lone surrogates. They are rare.
-    const bool plain = line.find('\\') == std::string_view::npos;
+    const bool plain = line.find('\\') == std::string::npos;
     if (plain && tryParse(line)) return mValue;
-    const std::string checked = checkedLine(line);
-    if (!tryParse(checked)) throw LineError("not valid JSON: cannot be read");
+    if (!tryParse(checkedLine(line))) throw LineError("not valid JSON: cannot be read");
     return mValue;
 }
 

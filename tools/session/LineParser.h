@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <memory>
 #include <memory_resource>
-#include <string_view>
+#include <string>
 
 #include "tools/session/Json.h"
 
@@ -18,15 +18,16 @@ public:
     LineParser(const LineParser&) = delete;
     LineParser& operator=(const LineParser&) = delete;
 
-    // The value of the line; it holds until the next call. Throws LineError for text that is no JSON value, for a
-    // duplicate key, and for nesting deeper than any line of the format needs.
-    const Json& parse(std::string_view line);
+    // The value of the line; it holds until the next call. A line with room for more characters is not copied. Throws
+    // LineError for text that is no JSON value, for a duplicate key, and for nesting deeper than any line of the format
+    // needs.
+    const Json& parse(const std::string& line);
 
 private:
     struct Parser;
     class Builder;
 
-    bool tryParse(std::string_view line);
+    bool tryParse(const std::string& line);
 
     std::unique_ptr<Parser> mParser;
     std::array<std::byte, 16384> mFirst;  // enough for most lines

@@ -1,8 +1,5 @@
 #include "tools/session/ObjectReader.h"
 
-#include <algorithm>
-#include <span>
-
 #include <fmt/format.h>
 
 #include "tools/session/JsonText.h"
@@ -13,14 +10,12 @@ ObjectReader::ObjectReader(const Json& object, const Place& place) : mObject(obj
     if (!object.isObject()) failExpected(place, "an object", object);
 }
 
-bool ObjectReader::isKnown(std::string_view key) const {
-    const auto known = std::span(mKnown).first(mKnownCount);
-    return std::ranges::find(known, key) != known.end();
-}
-
 const Json* ObjectReader::find(std::string_view key) {
-    if (!isKnown(key)) mKnown.at(mKnownCount++) = key;
-    return mObject.find(key);
+    const JsonMember* const member = mObject.find(key);
+    if (member == nullptr) return nullptr;
+    const auto place = static_cast<std::size_t>(member - mObject.members().data());  // not before the first
+    if (place < mRead.size()) mRead.set(place);
+    return &member->value;
 }
 
 const Json& ObjectReader::get(std::string_view key) {
@@ -49,8 +44,10 @@ std::vector<double> ObjectReader::doubles(std::string_view key) {
 }
 
 void ObjectReader::finish() const {
+    std::size_t place = 0;
     for (const JsonMember& member : mObject.members()) {
-        if (!isKnown(member.key)) failAt(mPlace, "unknown key " + jsonString(member.key));
+        if (place >= mRead.size() || !mRead[place]) failAt(mPlace, "unknown key " + jsonString(member.key));
+        ++place;
     }
 }
 

@@ -2,7 +2,7 @@
 // key as known; finish() refuses whatever was not read. A key without a default must stand in the object.
 #pragma once
 
-#include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -15,8 +15,6 @@ namespace replay {
 
 class ObjectReader {
 public:
-    static constexpr std::size_t kMaxKeys = 16;  // that an object of the format may have
-
     // `object` and `place` must outlive the reader. Throws LineError for anything but an object.
     ObjectReader(const Json& object, const Place& place);
 
@@ -58,12 +56,9 @@ public:
     void finish() const;
 
 private:
-    bool isKnown(std::string_view key) const;
-
     const Json& mObject;
     const Place& mPlace;
-    std::array<std::string_view, kMaxKeys> mKnown;
-    std::size_t mKnownCount = 0;
+    std::bitset<64> mRead;  // members by their place; no object of the format has as many
 };
 
 }  // namespace replay

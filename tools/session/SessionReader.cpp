@@ -1,10 +1,12 @@
 #include "tools/session/SessionReader.h"
 
-#include <set>
-#include <vector>
+#include <iterator>
+
+#include <fmt/format.h>
 
 #include "tools/session/Errors.h"
 #include "tools/session/Expectation.h"
+#include "tools/session/Limits.h"
 
 namespace replay {
 namespace {
@@ -15,10 +17,24 @@ bool isBlank(std::string_view text) {
 
 }  // namespace
 
+// Part by part, so that an endless line does not fill the memory.
+bool SessionReader::readLine() {
+    mText.clear();
+    ++mNumber;
+    for (;;) {
+        mInput.getline(mPart.data(), std::ssize(mPart));
+        const auto got = static_cast<std::size_t>(mInput.gcount());  // a count
+        mBytes += got;
+        const bool ended = mInput.good();
+        mText.append(mPart.data(), ended ? got - 1 : got);
+        if (mText.size() > kMaxLineSize) throw LineError(fmt::format("longer than {} bytes", kMaxLineSize));
+        if (ended || mInput.eof() || mInput.bad()) return got > 0 || !mText.empty();
+        mInput.clear();  // the line has more parts
+    }
+}
+
 bool SessionReader::next() {
-    while (std::getline(mInput, mText)) {
-        ++mNumber;
-        mBytes += mText.size() + 1;
+    while (readLine()) {
         if (!mText.empty() && mText.back() == '\r') mText.pop_back();
         if (!isBlank(mText) && (mText.front() != '#' || isExpectation(mText))) return true;
     }

@@ -8,8 +8,8 @@ set -euo pipefail
 sysroot=$(mkdir -p "$1" && cd "$1" && pwd)
 packages=(libc6 libc6-dev linux-libc-dev libcrypt1 libcrypt-dev libgcc-s1 libgcc-12-dev gcc-12-base libatomic1
           libc++1-19 libc++-19-dev libc++abi1-19 libc++abi-19-dev libunwind-19 libunwind-19-dev
-          nlohmann-json3-dev libcli11-dev libfmt-dev libfmt9 zlib1g zlib1g-dev
-          libarchive-dev libarchive13 libacl1 libbz2-1.0 libicu72 liblz4-1 liblzma5 libnettle8 libstdc++6 libxml2
+          libsimdjson-dev libsimdjson14 nlohmann-json3-dev libcli11-dev libfmt-dev libfmt9 zlib1g
+          zlib1g-dev libarchive-dev libarchive13 libacl1 libbz2-1.0 libicu72 liblz4-1 liblzma5 libnettle8 libstdc++6 libxml2
           libzstd1)
 
 stamp=$sysroot/packages.txt

@@ -3,8 +3,8 @@
 # slower checks need.
 set -euo pipefail
 
-packages=(g++ cmake ninja-build python3 googletest nlohmann-json3-dev libcli11-dev libfmt-dev libarchive-dev zlib1g-dev
-          gnuplot-nox libjs-dygraphs)
+packages=(g++ cmake ninja-build python3 googletest libsimdjson-dev nlohmann-json3-dev libcli11-dev libfmt-dev
+          libarchive-dev zlib1g-dev gnuplot-nox libjs-dygraphs)
 if [ "${1:-}" = ci ]; then
     packages+=(clang-19 clang-tidy-19 lld-19 llvm-19 libc++-19-dev libc++abi-19-dev libclang-rt-19-dev clang-format
                cppcheck qemu-user abigail-tools pkg-config perl binutils libbenchmark-dev android-liblog-dev

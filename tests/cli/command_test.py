@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
 """lsc_replay from the command line: messages and exit statuses for what cannot be played or imported."""
+import resource
+import subprocess
 import unittest
 
 from tool import HANDHELD, REPLAY, ToolTest
@@ -28,6 +30,14 @@ class Command(ToolTest):
         message = self.replay("import", "capture.txt", "-o", "capture.txt", status=1)
         self.assertIn("capture.txt: this is an input file; choose another output file", message)
         self.assertEqual(capture.read_text(), log)
+
+    def test_lack_of_memory_is_said(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_AS, (100 << 20, 100 << 20))
+        if subprocess.run([*REPLAY, "--version"], preexec_fn=limit, capture_output=True, check=False).returncode != 0:
+            self.skipTest("a build that needs more memory by itself")
+        self.write("s.jsonl", '{"samples":5,"data":[%s]}' % ",".join(["[1,2,3,4,5]"] * 2_000_000))
+        self.assertEqual(self.replay("s.jsonl", status=1, preexec_fn=limit), "lsc_replay: not enough memory\n")
 
     def test_help_ends_with_examples(self):
         for arguments in ["--help"], ["import", "--help"]:

@@ -3,7 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <streambuf>
 #include <string>
+#include <vector>
+
+#include "tools/session/Errors.h"
 
 namespace {
 
@@ -43,6 +47,55 @@ TEST(Player, WhatASessionLeavesRunningStaysInTheProcess) {
     options.results = &results;
     replay::play(session, options);
     EXPECT_NE(results.str().find("\"result\":true"), std::string::npos);
+}
+
+// The message about the session; empty when it was played.
+std::string refusalOf(std::istream& input) {
+    replay::PlayOptions options;
+    options.name = "s";
+    try {
+        replay::play(input, options);
+    } catch (const replay::SessionError& error) {
+        return error.what();
+    }
+    return "";
+}
+
+// A line of comment that has no end.
+class EndlessLine : public std::streambuf {
+protected:
+    int_type underflow() override {
+        setg(mText.data(), mText.data(), mText.data() + mText.size());
+        return mText.front();
+    }
+
+private:
+    std::string mText = std::string(65536, '#');
+};
+
+TEST(Player, ALineWithoutAnEndIsRefused) {
+    EndlessLine line;
+    std::istream input(&line);
+    EXPECT_EQ(refusalOf(input), "s:1: longer than 134217728 bytes");
+}
+
+// A line for each name: 64 blocks of a MiB, which with their entries take a little more than a quarter of the limit.
+std::string blocks(const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names) {
+        text += R"({"metadata":")" + name + R"(","entries":[{"tag":0,"memory":{"size":1048576}})";
+        for (int tag = 1; tag < 64; ++tag)
+            text += ",{\"tag\":" + std::to_string(tag) + R"(,"memory":{"size":1048576}})";
+        text += "]}\n";
+    }
+    return text;
+}
+
+TEST(Player, MetadataIsRefusedBeyondItsLimitAndNotBefore) {
+    std::istringstream fits(blocks({"a", "b", "c", "a", "b", "c"}));
+    EXPECT_EQ(refusalOf(fits), "");
+    std::istringstream grows(blocks({"a", "b", "c", "d"}));
+    EXPECT_EQ(refusalOf(grows), "s:4: entries[63].memory: the session's metadata would take more than 268435456 bytes");
 }
 
 }  // namespace

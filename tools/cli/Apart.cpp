@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <exception>
+#include <new>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -23,6 +24,8 @@ std::string outcomeOf(const std::function<std::string()>& work) {
         return char(kResult) + work();
     } catch (const SessionError& error) {
         return char(kBadSession) + std::string(error.what());
+    } catch (const std::bad_alloc&) {
+        return char(kFailure) + std::string("not enough memory");
     } catch (const std::exception& error) {
         return char(kFailure) + std::string(error.what());
     }

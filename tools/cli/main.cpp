@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <iostream>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -47,6 +48,9 @@ int main(int argc, char** argv) {
     } catch (const std::invalid_argument& error) {
         std::cerr << "lsc_replay: " << error.what() << '\n';
         return kBadSession;
+    } catch (const std::bad_alloc&) {
+        std::cerr << "lsc_replay: not enough memory\n";
+        return kFailed;
     } catch (const std::exception& error) {
         std::cerr << "lsc_replay: " << error.what() << '\n';
         return kFailed;

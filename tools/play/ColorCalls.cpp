@@ -55,7 +55,7 @@ PreparedCall readUpdateMetaInfo(ObjectReader& a, const PlayState& session) {
     NSCam::IMetadata* const metadata = readMetadataName(a, session);
     return [type, metadata, array = readColorValues(a)](PlayState& s, ResultLine& out) {
         s.inLibrary([&] { CustomShadingUtil::UpdateMetaInfo(type, addressOf(metadata), array.values); });
-        out.addMetadata("metadata", host::metadataEntries(*metadata));
+        out.addMetadata("metadata", *metadata);
     };
 }
 

@@ -55,7 +55,7 @@ PreparedCall readFillLscOISCompInfo(ObjectReader& a, const PlayState& session) {
     return [sensor, metadata](PlayState& s, ResultLine& out) {
         s.watch().frame(sensor, metadata,
                         [&] { s.inLibrary([&] { CustomShadingUtil::fillLscOISCompInfo(sensor, metadata); }); });
-        if (metadata != nullptr) out.addMetadata("metadata", host::metadataEntries(*metadata));
+        if (metadata != nullptr) out.addMetadata("metadata", *metadata);
     };
 }
 

@@ -56,7 +56,8 @@ void print(std::ostream& out, const host::LogEntry& entry) {
 
 }  // namespace
 
-LogRecorder::LogRecorder(std::ostream* echo) : mEcho(echo) {
+LogRecorder::LogRecorder(std::ostream* echo, bool keeps) : mEcho(echo), mKeeps(keeps) {
+    if (mEcho == nullptr && !mKeeps) return;
     host::setLogSink([this](const host::LogEntry& entry) { receive(entry); });
 }
 
@@ -70,7 +71,7 @@ std::vector<host::LogEntry> LogRecorder::take() {
 
 void LogRecorder::receive(const host::LogEntry& entry) {
     if (!mRecording) return;
-    mEntries.push_back(entry);
+    if (mKeeps) mEntries.push_back(entry);
     if (mEcho != nullptr) print(*mEcho, entry);
 }
 

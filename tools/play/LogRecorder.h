@@ -8,16 +8,18 @@
 
 namespace replay {
 
-// The host's log sink while it lives. Keeps what is logged inside record(), drops everything else.
+// The host's log sink while it lives, if anybody wants the log. Takes what is logged inside record(), drops everything
+// else.
 class LogRecorder {
 public:
-    // With `echo`, everything recorded is also printed there, in the manner of logcat's brief format.
-    explicit LogRecorder(std::ostream* echo);
+    // With `echo`, everything recorded is printed there, in the manner of logcat's brief format; with `keeps`, it is
+    // kept for take().
+    LogRecorder(std::ostream* echo, bool keeps);
     ~LogRecorder();
     LogRecorder(const LogRecorder&) = delete;
     LogRecorder& operator=(const LogRecorder&) = delete;
 
-    // Runs `call` and gives its result; what it logs is kept.
+    // Runs `call` and gives its result; what it logs is taken.
     template <typename Call>
     auto record(Call&& call) {
         const Window window(mRecording);
@@ -42,6 +44,7 @@ private:
     void receive(const host::LogEntry& entry);
 
     std::ostream* const mEcho;
+    const bool mKeeps;
     bool mRecording = false;
     std::vector<host::LogEntry> mEntries;
 };

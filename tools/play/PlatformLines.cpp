@@ -3,12 +3,14 @@
 #include <array>
 #include <map>
 #include <memory>
+#include <span>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "platform/host/Host.h"
 #include "tools/play/PlayState.h"
+#include "tools/session/JsonText.h"
 #include "tools/session/MetadataEntries.h"
 #include "tools/session/Narrow.h"
 
@@ -57,14 +59,14 @@ std::array<std::uint32_t, 11> readOtpLayout(const Json& value, const Place& plac
 
 std::map<std::uint32_t, std::uint32_t> readRollingShutter(const Json& value, const Place& place) {
     constexpr auto kMaxMode = std::numeric_limits<std::uint32_t>::max();
-    if (!value.is_object()) failExpected(place, "an object of sensor modes and times", value);
+    if (!value.isObject()) failExpected(place, "an object of sensor modes and times", value);
     std::map<std::uint32_t, std::uint32_t> times;
-    for (const auto& item : value.items()) {
+    for (const auto& [key, its] : value.members()) {
         std::uint64_t mode = 0;
-        if (!parseKey(item.key(), kMaxMode, mode)) {
-            failAt(place, fmt::format("expected sensor modes from 0 to {}, got {}", kMaxMode, Json(item.key()).dump()));
+        if (!parseKey(key, kMaxMode, mode)) {
+            failAt(place, fmt::format("expected sensor modes from 0 to {}, got {}", kMaxMode, jsonString(key)));
         }
-        const auto time = toInteger<std::uint32_t>(item.value(), place);
+        const auto time = toInteger<std::uint32_t>(its, place);
         if (!times.emplace(narrow<std::uint32_t>(mode), time).second) {
             failAt(place, fmt::format("duplicate mode {}", mode));
         }
@@ -103,27 +105,28 @@ Setting readProvider(ObjectReader& line) {
 }
 
 Setting readPlatform(ObjectReader& line) {
-    const std::string& kind = line.text("platform");
+    const std::string kind = line.text("platform");
     if (kind == "property") return readProperty(line);
     if (kind == "log") return readLog(line);
     if (kind == "sensor") return readSensor(line);
     if (kind == "sensor_list") return readSensorList(line);
     if (kind == "camera_mode") return readCameraMode(line);
     if (kind == "provider") return readProvider(line);
-    failAt(line.at("platform"), "unknown kind " + Json(kind).dump());
+    failAt(line.at("platform"), "unknown kind " + jsonString(kind));
 }
 
 SensorData readSample(const Json& value, const Place& place) {
     constexpr std::size_t kColumns = 5;
-    if (!value.is_array() || value.size() != kColumns) {
+    if (!value.isList() || value.list().size() != kColumns) {
         failExpected(place, "[timestamp, oisHallX, oisHallY, oisX, oisY]", value);
     }
+    const std::span<const Json> columns = value.list();
     SensorData sample{};
-    sample.timestamp = toInteger<std::int64_t>(value[0], place.at(0));
-    sample.oisHallX = toFloat(value[1], place.at(1));
-    sample.oisHallY = toFloat(value[2], place.at(2));
-    sample.oisX = toFloat(value[3], place.at(3));
-    sample.oisY = toFloat(value[4], place.at(4));
+    sample.timestamp = toInteger<std::int64_t>(columns[0], place.at(0));
+    sample.oisHallX = toFloat(columns[1], place.at(1));
+    sample.oisHallY = toFloat(columns[2], place.at(2));
+    sample.oisX = toFloat(columns[3], place.at(3));
+    sample.oisY = toFloat(columns[4], place.at(4));
     return sample;
 }
 
@@ -134,22 +137,23 @@ Setting readSamples(ObjectReader& line) {
     };
 }
 
-Setting readMetadata(ObjectReader& line) {
-    const std::string& name = line.text("metadata");
-    return [name, entries = readMetadataEntries(line.get("entries"), line.at("entries"))](PlayState& state) {
+Setting readMetadata(ObjectReader& line, const PlayState& session) {
+    const std::string name = line.text("metadata");
+    MetadataEntries entries = readMetadataEntries(line.get("entries"), line.at("entries"), session.metadataRoom(name));
+    return [name, entries = std::move(entries)](PlayState& state) {
         auto metadata = std::make_unique<NSCam::IMetadata>();
-        for (const auto& [tag, values] : entries)
+        for (const auto& [tag, values] : entries.values)
             host::setMetadataEntry(*metadata, tag, values);
-        state.putMetadata(name, std::move(metadata));
+        state.putMetadata(name, std::move(metadata), entries.size);
     };
 }
 
 }  // namespace
 
-Setting readSetting(ObjectReader& line) {
+Setting readSetting(ObjectReader& line, const PlayState& session) {
     if (line.has("platform")) return readPlatform(line);
     if (line.has("samples")) return readSamples(line);
-    if (line.has("metadata")) return readMetadata(line);
+    if (line.has("metadata")) return readMetadata(line, session);
     failAt(Place(), "expected one of the keys \"platform\", \"samples\", \"metadata\" or \"call\"");
 }
 

@@ -14,6 +14,6 @@ class PlayState;
 using Setting = std::function<void(PlayState&)>;
 
 // Reads a line that is no call. Throws LineError; the caller checks that no key is left over.
-Setting readSetting(ObjectReader& line);
+Setting readSetting(ObjectReader& line, const PlayState& session);
 
 }  // namespace replay

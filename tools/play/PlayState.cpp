@@ -1,17 +1,25 @@
 #include "tools/play/PlayState.h"
 
 #include "aaa/aaa/lsc/ShadingCustomUtil.h"
+#include "tools/session/Limits.h"
 #include "tools/session/Narrow.h"
 
 namespace replay {
 
-void PlayState::putMetadata(const std::string& name, std::unique_ptr<NSCam::IMetadata> metadata) {
-    mMetadata[name] = std::move(metadata);
+void PlayState::putMetadata(const std::string& name, std::unique_ptr<NSCam::IMetadata> metadata, std::uint64_t size) {
+    KeptMetadata& kept = mMetadata[name];
+    mMetadataSize += size - kept.size;
+    kept = {std::move(metadata), size};
+}
+
+std::uint64_t PlayState::metadataRoom(const std::string& name) const {
+    const auto found = mMetadata.find(name);
+    return kMaxMetadataSize - mMetadataSize + (found != mMetadata.end() ? found->second.size : 0);
 }
 
 NSCam::IMetadata* PlayState::findMetadata(const std::string& name) const {
     const auto found = mMetadata.find(name);
-    return found != mMetadata.end() ? found->second.get() : nullptr;
+    return found != mMetadata.end() ? found->second.object.get() : nullptr;
 }
 
 CustomShadingFlow* PlayState::findInstance(std::int32_t index) const {

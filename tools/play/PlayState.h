@@ -21,12 +21,16 @@ namespace replay {
 
 class PlayState {
 public:
-    // With `echo`, what the library logs is printed there too; `observers` hear what happens. Both must outlive it.
-    PlayState(std::ostream* echo, const std::vector<Observer*>& observers)
-        : mRecorder(echo), mWatch(observers, mLibrary) {}
+    // With `echo`, what the library logs is printed there; `keepsLog` keeps it for takeLog(). `observers` hear what
+    // happens. `echo` and they must outlive it.
+    PlayState(std::ostream* echo, bool keepsLog, const std::vector<Observer*>& observers)
+        : mRecorder(echo, keepsLog), mWatch(observers, mLibrary) {}
 
-    // Puts `metadata` in place of an earlier object of that name. Objects are kept for the whole session.
-    void putMetadata(const std::string& name, std::unique_ptr<NSCam::IMetadata> metadata);
+    // Puts `metadata` in place of an earlier object of that name; `size` is as kMaxMetadataSize counts, and within
+    // metadataRoom(). Objects are kept for the whole session.
+    void putMetadata(const std::string& name, std::unique_ptr<NSCam::IMetadata> metadata, std::uint64_t size);
+    // The size that an object of that name may have.
+    std::uint64_t metadataRoom(const std::string& name) const;
     // Null for a name that no line made.
     NSCam::IMetadata* findMetadata(const std::string& name) const;
 
@@ -69,7 +73,12 @@ private:
         const Clock::time_point mStart = Clock::now();
     };
 
-    std::map<std::string, std::unique_ptr<NSCam::IMetadata>> mMetadata;
+    struct KeptMetadata {
+        std::unique_ptr<NSCam::IMetadata> object;
+        std::uint64_t size = 0;
+    };
+    std::map<std::string, KeptMetadata> mMetadata;
+    std::uint64_t mMetadataSize = 0;  // of all
     std::map<std::int32_t, CustomShadingFlow*> mInstances;
     std::string mFunction;
     LogRecorder mRecorder;

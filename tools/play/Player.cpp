@@ -8,6 +8,7 @@
 #include "tools/play/PlayState.h"
 #include "tools/session/Errors.h"
 #include "tools/session/Expectation.h"
+#include "tools/session/LineParser.h"
 #include "tools/session/SessionReader.h"
 
 namespace replay {
@@ -24,9 +25,9 @@ void flush(const PlayOptions& options) {
 void playCall(ObjectReader& line, std::size_t number, PlayState& state, const PlayOptions& options) {
     const PreparedCall call = readCall(line, state);
     line.finish();
-    const std::string& function = line.text("call");
+    const std::string function = line.text("call");
     state.beginCall(function);
-    ResultLine result(number, function);
+    ResultLine result(number, function, options.results != nullptr);
     call(state, result);
     const std::string& text = result.finish(state.takeLog());
     if (options.results != nullptr && !(*options.results << text << '\n')) failWriting();
@@ -36,22 +37,18 @@ void playLine(const Json& line, std::size_t number, PlayState& state, const Play
     const Place place;
     ObjectReader fields(line, place);
     if (fields.has("call")) return playCall(fields, number, state, options);
-    const Setting apply = readSetting(fields);
+    const Setting apply = readSetting(fields, state);
     fields.finish();
     apply(state);
 }
 
 void playLines(SessionReader& reader, PlayState& state, const PlayOptions& options) {
+    LineParser parser;
     while (reader.next()) {
-        try {
-            if (isExpectation(reader.text())) {
-                state.watch().expected(readExpectation(reader.text()));
-            } else {
-                playLine(parseLine(reader.text()), reader.number(), state, options);
-            }
-        } catch (const LineError& error) {
-            flush(options);
-            throw SessionError(options.name, reader.number(), error.what());
+        if (isExpectation(reader.text())) {
+            state.watch().expected(readExpectation(reader.text()));
+        } else {
+            playLine(parser.parse(reader.text()), reader.number(), state, options);
         }
         if (options.progress) options.progress(reader.number(), reader.bytes());
     }
@@ -61,10 +58,15 @@ void playLines(SessionReader& reader, PlayState& state, const PlayOptions& optio
 
 void play(std::istream& input, const PlayOptions& options) {
     host::reset();
-    PlayState state(options.log, options.observers);
+    PlayState state(options.log, options.results != nullptr, options.observers);
     if (options.calculationMode) state.library().overrideCalculationMode(*options.calculationMode);
     SessionReader reader(input, options.name);
-    playLines(reader, state, options);
+    try {
+        playLines(reader, state, options);
+    } catch (const LineError& error) {
+        flush(options);
+        throw SessionError(options.name, reader.number(), error.what());
+    }
     if (options.endMonitors) state.endMonitors();
     flush(options);
 }

@@ -1,10 +1,11 @@
 #include "tools/session/JsonWriter.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
 
-#include <nlohmann/json.hpp>
+#include "tools/session/JsonText.h"
 
 namespace replay {
 namespace {
@@ -12,6 +13,11 @@ namespace {
 // Exponents of the leading digit for which numbers are written in fixed notation.
 constexpr int kMinFixed = -4;
 constexpr int kMaxFixed = 15;
+
+// Whether a string holds the character as it is.
+bool isPlain(char character) {
+    return character >= ' ' && character <= '~' && character != '"' && character != '\\';
+}
 
 // Writes `digits`, whose first digit stands for 10^exponent, with a point in its place.
 void appendFixed(std::string& out, std::string_view digits, int exponent) {
@@ -89,7 +95,10 @@ JsonWriter& JsonWriter::value(double value) {
 }
 
 JsonWriter& JsonWriter::value(std::string_view text) {
-    return verbatim(nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    if (!std::ranges::all_of(text, isPlain)) return verbatim(jsonString(text));
+    separate();
+    mText.append("\"").append(text).append("\"");
+    return *this;
 }
 
 JsonWriter& JsonWriter::bytes(std::span<const std::uint8_t> bytes) {

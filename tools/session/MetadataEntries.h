@@ -8,7 +8,12 @@
 
 namespace replay {
 
-// The entries by tag. Throws LineError when `list` is not a list of entries or has a duplicate tag.
-std::map<std::uint32_t, host::MetadataValues> readMetadataEntries(const Json& list, const Place& place);
+struct MetadataEntries {
+    std::map<std::uint32_t, host::MetadataValues> values;  // by tag
+    std::uint64_t size = 0;                                // as kMaxMetadataSize counts
+};
+
+// Throws LineError when `list` is not a list of entries, has a duplicate tag, or has a size above `maxSize`.
+MetadataEntries readMetadataEntries(const Json& list, const Place& place, std::uint64_t maxSize);
 
 }  // namespace replay

@@ -2,16 +2,20 @@
 
 #include <fmt/format.h>
 
+#include "tools/session/JsonText.h"
+
 namespace replay {
 
 ObjectReader::ObjectReader(const Json& object, const Place& place) : mObject(object), mPlace(place) {
-    if (!object.is_object()) failExpected(place, "an object", object);
+    if (!object.isObject()) failExpected(place, "an object", object);
 }
 
 const Json* ObjectReader::find(std::string_view key) {
-    mKnown.insert(key);
-    const auto field = mObject.find(key);
-    return field != mObject.end() ? &*field : nullptr;
+    const JsonMember* const member = mObject.find(key);
+    if (member == nullptr) return nullptr;
+    const auto place = static_cast<std::size_t>(member - mObject.members().data());  // not before the first
+    if (place < mRead.size()) mRead.set(place);
+    return &member->value;
 }
 
 const Json& ObjectReader::get(std::string_view key) {
@@ -40,8 +44,10 @@ std::vector<double> ObjectReader::doubles(std::string_view key) {
 }
 
 void ObjectReader::finish() const {
-    for (const auto& item : mObject.items()) {
-        if (!mKnown.contains(item.key())) failAt(mPlace, "unknown key " + Json(item.key()).dump());
+    std::size_t place = 0;
+    for (const JsonMember& member : mObject.members()) {
+        if (place >= mRead.size() || !mRead[place]) failAt(mPlace, "unknown key " + jsonString(member.key));
+        ++place;
     }
 }
 

@@ -2,8 +2,9 @@
 // key as known; finish() refuses whatever was not read. A key without a default must stand in the object.
 #pragma once
 
+#include <bitset>
+#include <cstddef>
 #include <cstdint>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,7 +18,7 @@ public:
     // `object` and `place` must outlive the reader. Throws LineError for anything but an object.
     ObjectReader(const Json& object, const Place& place);
 
-    bool has(std::string_view key) const { return mObject.contains(key); }
+    bool has(std::string_view key) const { return mObject.find(key) != nullptr; }
     // The value under `key`, or null when there is none.
     const Json* find(std::string_view key);
     // The value under `key`; LineError when there is none.
@@ -45,7 +46,7 @@ public:
     }
     bool flag(std::string_view key) { return toFlag(get(key), at(key)); }
     bool flag(std::string_view key, bool fallback);
-    const std::string& text(std::string_view key) { return toText(get(key), at(key)); }
+    std::string text(std::string_view key) { return toText(get(key), at(key)); }
     // At least `minimum` bytes.
     std::vector<std::uint8_t> bytes(std::string_view key, std::size_t minimum);
     // Empty when left out.
@@ -57,7 +58,7 @@ public:
 private:
     const Json& mObject;
     const Place& mPlace;
-    std::set<std::string_view> mKnown;
+    std::bitset<64> mRead;  // members by their place; no object of the format has as many
 };
 
 }  // namespace replay

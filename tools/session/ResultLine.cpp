@@ -13,11 +13,12 @@ constexpr std::string_view kTypeNames[] = {"int32", "int64", "float", "double"};
 
 }  // namespace
 
-ResultLine::ResultLine(std::size_t line, std::string_view call) {
-    mJson.beginObject().member("line", line).member("call", call);
+ResultLine::ResultLine(std::size_t line, std::string_view call, bool wanted) : mWanted(wanted) {
+    if (mWanted) mJson.beginObject().member("line", line).member("call", call);
 }
 
 void ResultLine::addSamples(std::string_view key, const std::vector<NSCam::Utils::SensorData>& samples) {
+    if (!mWanted) return;
     mJson.key(key).beginList();
     for (const NSCam::Utils::SensorData& sample : samples) {
         mJson.beginList().value(sample.timestamp);
@@ -28,9 +29,10 @@ void ResultLine::addSamples(std::string_view key, const std::vector<NSCam::Utils
     mJson.endList();
 }
 
-void ResultLine::addMetadata(std::string_view key, const std::map<std::uint32_t, host::MetadataValues>& entries) {
+void ResultLine::addMetadata(std::string_view key, const NSCam::IMetadata& metadata) {
+    if (!mWanted) return;
     mJson.key(key).beginList();
-    for (const auto& entry : entries) {
+    for (const auto& entry : host::metadataEntries(metadata)) {
         const auto addValues = [&](const auto& list) {
             if constexpr (std::ranges::range<decltype(list)>) {
                 mJson.beginObject().member("tag", entry.first);
@@ -43,6 +45,7 @@ void ResultLine::addMetadata(std::string_view key, const std::map<std::uint32_t,
 }
 
 void ResultLine::addTiming(std::string_view key, const CalcOISValueInput& input) {
+    if (!mWanted) return;
     mJson.key(key).beginObject();
     mJson.member("sof_timestamp", input.sof_timestamp);
     mJson.member("sof_timestamp_ne", input.sof_timestamp_ne);
@@ -54,6 +57,7 @@ void ResultLine::addTiming(std::string_view key, const CalcOISValueInput& input)
 }
 
 const std::string& ResultLine::finish(const std::vector<host::LogEntry>& log) {
+    if (!mWanted) return mJson.text();
     mJson.key("log").beginList();
     for (const host::LogEntry& entry : log)
         addLogEntry(entry);

@@ -3,12 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "platform/Metadata.h"
 #include "platform/SensorProvider.h"
 #include "platform/host/Host.h"
 #include "tools/session/JsonWriter.h"
@@ -19,18 +19,21 @@ namespace replay {
 
 class ResultLine {
 public:
-    ResultLine(std::size_t line, std::string_view call);
+    // One that is not wanted stays empty, and costs nothing.
+    ResultLine(std::size_t line, std::string_view call, bool wanted);
 
     // A flag, a number or a list of numbers.
     template <typename T>
     void add(std::string_view key, const T& value) {
-        mJson.member(key, value);
+        if (mWanted) mJson.member(key, value);
     }
-    void addBytes(std::string_view key, std::span<const std::uint8_t> bytes) { mJson.key(key).bytes(bytes); }
+    void addBytes(std::string_view key, std::span<const std::uint8_t> bytes) {
+        if (mWanted) mJson.key(key).bytes(bytes);
+    }
     // Rows of timestamp, oisHallX, oisHallY, oisX, oisY.
     void addSamples(std::string_view key, const std::vector<NSCam::Utils::SensorData>& samples);
     // All entries but memory blocks, by ascending tag.
-    void addMetadata(std::string_view key, const std::map<std::uint32_t, host::MetadataValues>& entries);
+    void addMetadata(std::string_view key, const NSCam::IMetadata& metadata);
     void addTiming(std::string_view key, const CalcOISValueInput& input);
 
     // Adds what the call sent out and ends the line; nothing may be added afterwards. The text has no line end.
@@ -39,6 +42,7 @@ public:
 private:
     void addLogEntry(const host::LogEntry& entry);
 
+    const bool mWanted;
     JsonWriter mJson;
 };
 

@@ -2,14 +2,13 @@
 // that say what a device did (Expectation.h).
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <istream>
 #include <string>
 #include <string_view>
 #include <utility>
-
-#include "tools/session/Values.h"
 
 namespace replay {
 
@@ -18,8 +17,8 @@ public:
     // `input` must outlive the reader; `name` is the session's in messages.
     SessionReader(std::istream& input, std::string name) : mInput(input), mName(std::move(name)) {}
 
-    // Goes to the next line that holds something; false at the end of the session. Throws StreamError when the input
-    // cannot be read.
+    // Goes to the next line that holds something; false at the end of the session. Throws LineError for a line longer
+    // than kMaxLineSize, StreamError when the input cannot be read.
     bool next();
 
     // The line's text without its end, and its number from 1, until the next call of next().
@@ -30,15 +29,14 @@ public:
     std::uint64_t bytes() const { return mBytes; }
 
 private:
+    bool readLine();
+
     std::istream& mInput;
     const std::string mName;
+    std::array<char, 16384> mPart;  // of a line; most are shorter
     std::string mText;
     std::size_t mNumber = 0;
     std::uint64_t mBytes = 0;
 };
-
-// The JSON value of one line. Throws LineError for text that is no JSON value, for a duplicate key, and for nesting
-// deeper than any line of the format needs.
-Json parseLine(std::string_view text);
 
 }  // namespace replay

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "tools/session/Errors.h"
+#include "tools/session/JsonText.h"
 #include "tools/session/Narrow.h"
 
 namespace replay {
@@ -16,8 +17,9 @@ namespace {
 
 constexpr std::size_t kMaxShown = 60;  // bytes of a value that a message shows
 
-std::string shown(const Json& value) {
-    std::string text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
+std::string cut(const Json& value) {
+    // A byte more than is shown tells that there is more.
+    std::string text = shown(value, kMaxShown + 1);
     if (text.size() <= kMaxShown) return text;
     std::size_t end = kMaxShown;
     // Not inside a character of several bytes, which are told by the upper two bits.
@@ -42,17 +44,19 @@ using Integer = std::variant<std::int64_t, std::uint64_t>;
 
 std::optional<Integer> integerOf(const Json& value) {
     std::uint64_t number = 0;
-    if (value.is_string() && parseHex(value.get_ref<const std::string&>(), number)) return number;
-    if (value.is_number_unsigned()) return value.get<std::uint64_t>();
-    if (!value.is_number_integer()) return std::nullopt;
-    const auto negative = value.get<std::int64_t>();
-    if (negative >= 0) return narrow<std::uint64_t>(negative);  // "-0"
-    return negative;
+    if (value.type() == Json::Type::kUnsigned) return value.unsignedNumber();
+    if (value.type() == Json::Type::kNegative) return value.negativeNumber();
+    if (value.isText() && parseHex(value.text(), number)) return number;
+    return std::nullopt;
 }
 
 bool within(const Integer& number, std::int64_t min, std::uint64_t max) {
     if (const auto* negative = std::get_if<std::int64_t>(&number)) return *negative >= min;
     return std::get<std::uint64_t>(number) <= max;
+}
+
+bool isText(const Json& value, std::string_view text) {
+    return value.isText() && value.text() == text;
 }
 
 std::optional<std::vector<std::uint8_t>> parseBytes(std::string_view text) {
@@ -83,7 +87,7 @@ void failAt(const Place& place, const std::string& text) {
 }
 
 void failExpected(const Place& place, const std::string& expected, const Json& value) {
-    failAt(place, "expected " + expected + ", got " + shown(value));
+    failAt(place, "expected " + expected + ", got " + cut(value));
 }
 
 std::uint64_t integerBits(const Json& value, const Place& place, std::int64_t min, std::uint64_t max) {
@@ -100,10 +104,13 @@ bool parseKey(std::string_view key, std::uint64_t max, std::uint64_t& number) {
 }
 
 double toDouble(const Json& value, const Place& place) {
-    if (value.is_number()) return value.get<double>();
-    if (value == "inf") return std::numeric_limits<double>::infinity();
-    if (value == "-inf") return -std::numeric_limits<double>::infinity();
-    if (value == "nan") return std::numeric_limits<double>::quiet_NaN();
+    // Whole numbers are rounded to the nearest.
+    if (value.type() == Json::Type::kReal) return value.real();
+    if (value.type() == Json::Type::kUnsigned) return static_cast<double>(value.unsignedNumber());
+    if (value.type() == Json::Type::kNegative) return static_cast<double>(value.negativeNumber());
+    if (isText(value, "inf")) return std::numeric_limits<double>::infinity();
+    if (isText(value, "-inf")) return -std::numeric_limits<double>::infinity();
+    if (isText(value, "nan")) return std::numeric_limits<double>::quiet_NaN();
     failExpected(place, "a number, \"inf\", \"-inf\" or \"nan\"", value);
 }
 
@@ -117,18 +124,18 @@ float toFloat(const Json& value, const Place& place) {
 }
 
 bool toFlag(const Json& value, const Place& place) {
-    if (!value.is_boolean()) failExpected(place, "true or false", value);
-    return value.get<bool>();
+    if (!value.isFlag()) failExpected(place, "true or false", value);
+    return value.flag();
 }
 
-const std::string& toText(const Json& value, const Place& place) {
-    if (!value.is_string()) failExpected(place, "a string", value);
-    return value.get_ref<const std::string&>();
+std::string toText(const Json& value, const Place& place) {
+    if (!value.isText()) failExpected(place, "a string", value);
+    return std::string(value.text());
 }
 
 std::vector<std::uint8_t> toBytes(const Json& value, const Place& place) {
     std::optional<std::vector<std::uint8_t>> bytes;
-    if (value.is_string()) bytes = parseBytes(value.get_ref<const std::string&>());
+    if (value.isText()) bytes = parseBytes(value.text());
     if (!bytes) failExpected(place, "a string of hexadecimal digit pairs", value);
     return *std::move(bytes);
 }

@@ -10,11 +10,9 @@
 #include <type_traits>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include "tools/session/Json.h"
 
 namespace replay {
-
-using Json = nlohmann::json;
 
 // Where in a line a value stands, for messages. A chain through the enclosing values, which must outlive it, so that
 // reading a number costs no text.
@@ -68,18 +66,18 @@ bool parseKey(std::string_view key, std::uint64_t max, std::uint64_t& number);
 float toFloat(const Json& value, const Place& place);
 double toDouble(const Json& value, const Place& place);
 bool toFlag(const Json& value, const Place& place);
-const std::string& toText(const Json& value, const Place& place);
+std::string toText(const Json& value, const Place& place);
 // Pairs of hexadecimal digits, with or without spaces between the pairs.
 std::vector<std::uint8_t> toBytes(const Json& value, const Place& place);
 
 // A list, each element read by `element(value, place)`.
 template <typename Element>
 auto toList(const Json& value, const Place& place, Element element) {
-    if (!value.is_array()) failExpected(place, "a list", value);
+    if (!value.isList()) failExpected(place, "a list", value);
     std::vector<decltype(element(value, place))> list;
-    list.reserve(value.size());
-    for (std::size_t i = 0; i < value.size(); ++i)
-        list.push_back(element(value[i], place.at(i)));
+    list.reserve(value.list().size());
+    for (const Json& its : value.list())
+        list.push_back(element(its, place.at(list.size())));
     return list;
 }
 

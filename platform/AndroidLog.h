@@ -1,4 +1,5 @@
-// The Android log, as the NDK declares it. Thread safe; never throws; returns after the line is handed over.
+// The Android log, as the NDK declares it. Thread safe; never throws; returns after the line is handed over. Called
+// under the library's locks: it must not call the library.
 #pragma once
 
 extern "C" {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-// Facts about the current camera use. Thread safe. May throw.
+// Facts about the current camera use. Thread safe. May throw. No operation of this header may call the library.
 class CustomMetadata {
 public:
     // Name of the current camera mode, for example "high_pixel_mode"; empty when none is set.

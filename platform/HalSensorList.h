@@ -14,6 +14,8 @@ inline constexpr unsigned long CMD_GET_OTP_INFO = 0x4049;
 inline constexpr unsigned long CMD_GET_ROLLING_SHUTTER = 0x400F;
 
 // One user's handle on one camera sensor. Made by IHalSensorList::createSensor, given back with release().
+// The library holds a lock across each operation, here and of the list, so none may call the library nor wait for a
+// thread that does.
 class IHalSensor {
 public:
     // Sends `command` to the driver of device `deviceId`. The three arguments are values or addresses, as the command

@@ -12,7 +12,7 @@ namespace NSCam {
 
 // The metadata of one frame. A burst runs its callback exactly once, on the calling thread, with the object's own lock
 // held: nothing else reads or writes the entries meanwhile, and the callback must not start another burst on the same
-// object. Bursts may throw, and pass on what the callback throws.
+// object. Bursts may throw, and pass on what the callback throws. No burst may call the library.
 class IMetadata {
 public:
     // A block of bytes laid out by the platform. Copies share the bytes, which never change.

@@ -13,7 +13,8 @@ struct OTPData {
 };
 static_assert(sizeof(OTPData) == 16 && offsetof(OTPData, bytes) == 8);
 
-// The provider. Created on first use, never destroyed.
+// The provider. Created on first use, never destroyed. The library holds the sensor's OTP lock across both calls, so
+// neither may call the library nor wait for a thread that does.
 class TarvoOTPData {
 public:
     // The one object, created under `mSingleMutex` on the first call; null when its allocation failed.
@@ -21,7 +22,8 @@ public:
     static TarvoOTPData* getInstance();
 
     // Fills `data` for the sensor, or leaves it as it is when the provider knows nothing about it. The record carries
-    // no length: the bytes cover the module's OTP memory. Thread safe. May throw.
+    // no length: the bytes must cover every offset that the sensor's driver names in its OTP layout. The library can
+    // check no more than its own limit, and reads a shorter memory past its end. Thread safe. May throw.
     void getOTPData(int sensorId, OTPData& data);
 
     static TarvoOTPData* mSingleInstance;

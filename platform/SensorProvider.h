@@ -25,6 +25,7 @@ struct SensorData {
 
 // One user's subscription. The instance keeps its subscriptions until they are disabled or its last reference is
 // released. Thread safe. Each operation may block for as long as the sensor service does, and may throw.
+// The library holds its registry lock across each, so none may call the library nor wait for a thread that does.
 class SensorProvider {
 public:
     // An instance for `user` (zero-terminated, read during the call), or null when the service gives none.

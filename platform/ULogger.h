@@ -5,6 +5,8 @@
 
 namespace NSCam::Utils::ULog {
 
+// Messages are written under the library's locks, so no operation may call the library nor wait for a thread that does.
+//
 // The switches are owned and written by the platform, at any time and from any thread, without a lock; a reader takes
 // each one afresh and must not expect two of them to change together.
 class ULogger {

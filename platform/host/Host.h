@@ -21,7 +21,7 @@ namespace host {
 // Puts everything below back to its initial state: no properties, log switches 0, no sink, no sensors, a sensor list,
 // an empty camera mode, providers that are created and enabled, no samples held, no listener, no hook,
 // no faults.
-// Provider instances and metadata objects that callers hold stay valid.
+// Provider instances and metadata objects that callers hold stay valid; OTP bytes that were handed out do not.
 void reset();
 
 // ---- Properties ----------------------------------------------------------------------------------------------------
@@ -59,24 +59,26 @@ struct Sensor {
     // The eleven 32-bit words that the driver answers to the OTP layout command in the memory behind the
     // second argument, in record order; without them it leaves that memory as it is.
     std::optional<std::array<std::uint32_t, 11>> otpLayout;
-    // The module's OTP bytes; without them the OTP provider holds none. The provider keeps them in a memory of at least
-    // 64 KiB that is zero behind the given bytes, as a real module's memory is readable to its end.
+    // The module's OTP bytes; without them the OTP provider holds none. The provider hands over a memory of exactly
+    // these bytes, so that a sanitizer sees a read beyond them.
     std::optional<std::vector<std::uint8_t>> otp;
     // Answer in ns to the rolling-shutter command for each sensor mode: the mode is read behind the third
     // argument, the time written behind the first. A mode that is missing leaves that memory as it is.
     std::map<std::uint32_t, std::uint32_t> rollingShutter;
 };
 
-// Replaces earlier settings of the sensor. OTP bytes that were handed out stay valid until the process ends.
+// Replaces earlier settings of the sensor. OTP bytes that were handed out stay valid until the next reset().
 void setSensor(int sensorId, Sensor sensor);
 
 // Whether IHalSensorList::get() gives a list.
 void setSensorListPresent(bool present);
 
-// Sensor objects made and released so far, and whether every release named the user it was created for.
+// Sensor objects made and released so far, and whether every release named the user it was created for. A release that
+// was made to fail is a call and no more.
 struct SensorObjectCounts {
     std::size_t created = 0;
     std::size_t released = 0;
+    std::size_t releaseCalls = 0;
     bool usersMatch = true;
 };
 SensorObjectCounts sensorObjectCounts();

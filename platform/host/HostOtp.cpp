@@ -1,9 +1,9 @@
 // The OTP provider, with the bytes that setSensor() gave.
-#include <algorithm>
-#include <cstring>
 #include <map>
+#include <memory>
 #include <set>
 #include <utility>
+#include <vector>
 
 #include "platform/OtpData.h"
 #include "platform/host/Guarded.h"
@@ -13,38 +13,13 @@
 namespace host {
 namespace {
 
-constexpr std::size_t kOtpMemorySize = 64 * 1024;  // bytes, the least that a memory has
-
 using Bytes = std::vector<std::uint8_t>;
-
-// One module's memory. The bytes are its own until they are first asked for, and move to the handed-out ones then.
-struct Module {
-    Bytes memory;
-    const std::uint8_t* handedOut = nullptr;
-};
-
-// Any order will do that finds an equal content.
-struct ByContent {
-    bool operator()(const Bytes& left, const Bytes& right) const {
-        if (left.size() != right.size()) return left.size() < right.size();
-        return std::memcmp(left.data(), right.data(), left.size()) < 0;
-    }
-};
+using Memory = std::shared_ptr<const Bytes>;
 
 struct OtpState {
-    std::map<int, Module> modules;
+    std::map<int, Memory> modules;
     bool bytesNull = false;
-    // Every memory that a caller may still point into, each content once. Never shrinks, not even by a reset.
-    std::set<Bytes, ByContent> handedOut;
-
-    // Strong guarantee: the module is as it was when the memory cannot be kept.
-    const std::uint8_t* handOut(Module& module) {
-        if (!module.handedOut) {
-            module.handedOut = handedOut.insert(std::move(module.memory)).first->data();
-            module.memory = {};  // still full when an equal content was there before
-        }
-        return module.handedOut;
-    }
+    std::set<Memory> handedOut;  // a caller may still point into these
 };
 
 internal::Guarded<OtpState>& otpState() {
@@ -66,11 +41,11 @@ void setOtpBytesNull(bool null) {
     otpState().lock()->bytesNull = null;
 }
 
-void internal::setOtp(int sensorId, std::optional<Bytes> otp) {
-    if (otp) otp->resize(std::max(otp->size(), kOtpMemorySize));
+void internal::setOtp(int sensorId, const std::optional<Bytes>& otp) {
     const auto state = otpState().lock();
     if (otp) {
-        state->modules.insert_or_assign(sensorId, Module{std::move(*otp), nullptr});
+        // A copy has no room behind its last byte, where a read would go unnoticed.
+        state->modules.insert_or_assign(sensorId, std::make_shared<const Bytes>(otp->begin(), otp->end()));
     } else {
         state->modules.erase(sensorId);
     }
@@ -78,9 +53,7 @@ void internal::setOtp(int sensorId, std::optional<Bytes> otp) {
 
 void internal::resetOtp() {
     setOtpProviderPresent(true);
-    const auto state = otpState().lock();
-    state->modules.clear();
-    state->bytesNull = false;
+    *otpState().lock() = {};
 }
 
 }  // namespace host
@@ -101,6 +74,7 @@ void TarvoOTPData::getOTPData(int sensorId, OTPData& data) {
     const auto state = host::otpState().lock();
     const auto found = state->modules.find(sensorId);
     if (found == state->modules.end()) return;
-    data.bytes = state->bytesNull ? nullptr : state->handOut(found->second);
+    state->handedOut.insert(found->second);
+    data.bytes = state->bytesNull ? nullptr : found->second->data();
     data.isStored = 1;
 }

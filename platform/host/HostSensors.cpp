@@ -1,4 +1,5 @@
 // The sensor list and the sensor objects, answering from what setSensor() said.
+#include <atomic>
 #include <cstring>
 #include <map>
 #include <memory>
@@ -61,6 +62,9 @@ struct SensorState {
     }
 };
 
+// Counted before anything of a release can fail.
+constinit std::atomic<std::size_t> gReleaseCalls{0};
+
 internal::Guarded<SensorState>& sensorState() {
     return internal::processWide<internal::Guarded<SensorState>>();
 }
@@ -101,6 +105,7 @@ int HostSensor::answerRollingShutter(std::uint32_t deviceId, void* time, const v
 }
 
 void HostSensor::release(const char* user) {
+    ++gReleaseCalls;
     internal::enter(Operation::kReleaseSensor);
     std::unique_ptr<HostSensor> self;  // destroyed last, when nothing uses this object any more
     const auto state = sensorState().lock();
@@ -151,7 +156,9 @@ void setSensorListPresent(bool present) {
 }
 
 SensorObjectCounts sensorObjectCounts() {
-    return sensorState().lock()->counts;
+    SensorObjectCounts counts = sensorState().lock()->counts;
+    counts.releaseCalls = gReleaseCalls;
+    return counts;
 }
 
 void internal::resetSensors() {
@@ -159,6 +166,7 @@ void internal::resetSensors() {
     state->sensors.clear();
     state->listPresent = true;
     state->counts = {};
+    gReleaseCalls = 0;
     ++state->generation;
 }
 

@@ -23,7 +23,7 @@ inline void enter(Operation operation) {
 }
 
 // What the OTP provider holds of a sensor from now on; nothing without `otp`.
-void setOtp(int sensorId, std::optional<std::vector<std::uint8_t>> otp);
+void setOtp(int sensorId, const std::optional<std::vector<std::uint8_t>>& otp);
 
 // Back to the initial state, service by service.
 void resetCustomerData();

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <map>
 #include <random>
 #include <sstream>
@@ -149,6 +150,14 @@ auto drifting(double ppm) {
     };
 }
 
+// One sample of frame 60 carries this time stamp.
+auto oneStamp(std::int64_t stamp) {
+    return [stamp](Phone& its) {
+        its.stamp = [stamp](std::int64_t time) { return time == kBegin + 1000 * kMs ? stamp : time; };
+        its.sampleJitterNs = 0;
+    };
+}
+
 auto withShutter(std::int64_t ns) {
     return [ns](Phone& its) { its.shutterNs = ns; };
 }
@@ -182,15 +191,20 @@ TEST(Findings, NameAClockThatIsOff) {
         {"fast", drifting(1000), "sample-clock-drift", "drift_ppm", 1000},
         {"very fast", drifting(10000), "sample-clock-drift", "drift_ppm", 10000},
         {"slow", drifting(-1000), "sample-clock-drift", "drift_ppm", -1000},
-        {"a stamp of the future",
-         [](Phone& its) {
-             its.stamp = [](std::int64_t time) { return time == kBegin + 1000 * kMs ? time + 500'000 * kMs : time; };
-             its.sampleJitterNs = 0;
-         },
-         "future-stamp", "frame", 60},
+        {"minutes ahead", oneStamp(kBegin + 501'000 * kMs), "future-stamp", "frame", 60},
+        {"an hour ahead", oneStamp(kBegin + 3'601'000 * kMs), "future-stamp", "stamp_ns", 3'701e9},
+        {"at the end of time", oneStamp(std::numeric_limits<std::int64_t>::max()), "future-stamp", "frame", 60},
     };
     for (const Case& its : cases)
         expectFindings(its);
+}
+
+TEST(Findings, TheAdviceOnAStampOfTheFutureNamesItExactly) {
+    const auto found = findingsOf(oneStamp(std::numeric_limits<std::int64_t>::max() - 1));
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(replay::adviceOf(found[0]),
+              "235 exposures: keep time stamps of the future out of the samples: after that of 9223372036854775806 ns, "
+              "handed over with frame 60, 238 batches were discarded");
 }
 
 TEST(Findings, NameARollingShutterThatDoesNotFit) {

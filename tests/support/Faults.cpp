@@ -1,13 +1,20 @@
 #include "tests/support/Faults.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "platform/host/Host.h"
 
@@ -57,6 +64,12 @@ FaultAt::~FaultAt() {
 
 bool FaultAt::struck() const {
     return tArmed.struck;
+}
+
+Pause::Pause() : mWasActive(std::exchange(tArmed.active, false)) {}
+
+Pause::~Pause() {
+    tArmed.active = mWasActive;
 }
 
 std::size_t allocationCount() {
@@ -111,3 +124,68 @@ extern "C" [[gnu::visibility("default")]] int pthread_mutex_lock(pthread_mutex_t
     return strikes(test::Fault::kLock) ? EAGAIN : next(mutex);
 }
 #endif
+
+// The steps of opening a file, as the C library's headers name them, and the steps of a stream behind it.
+namespace {
+
+// The next definition of `name`; found anew each time, since files are opened seldom.
+template <typename Function>
+Function next(const char* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+bool fails(int error) noexcept {
+    if (!strikes(test::Fault::kFile)) return false;
+    errno = error;
+    return true;
+}
+
+// A stream's cookie is its descriptor.
+int descriptorOf(void* cookie) noexcept {
+    return static_cast<int>(reinterpret_cast<std::intptr_t>(cookie));
+}
+int truncate(int descriptor, off_t size) noexcept {
+    return next<int (*)(int, off_t)>("ftruncate")(descriptor, size);
+}
+ssize_t writeStream(void* cookie, const char* data, std::size_t size) noexcept {
+    if (fails(ENOSPC)) return 0;  // an error, for a stream of this kind
+    const ssize_t written = write(descriptorOf(cookie), data, size);
+    return written < 0 ? 0 : written;
+}
+// A disk that fails at the end has lost what it had not written yet.
+int closeStream(void* cookie) noexcept {
+    const bool failed = fails(EIO) && truncate(descriptorOf(cookie), 1) == 0;
+    return close(descriptorOf(cookie)) != 0 || failed ? EOF : 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+[[gnu::visibility("default")]] int open(const char* path, int flags, ...) {
+    std::va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return fails(EMFILE) ? -1 : next<int (*)(const char*, int, ...)>("open")(path, flags, mode);
+}
+
+[[gnu::visibility("default")]] int fstat(int descriptor, struct stat* status) noexcept {
+    return fails(EIO) ? -1 : next<int (*)(int, struct stat*)>("fstat")(descriptor, status);
+}
+
+[[gnu::visibility("default")]] int ftruncate(int descriptor, off_t size) noexcept {
+    return fails(EIO) ? -1 : truncate(descriptor, size);
+}
+
+// With a small buffer, so that a file takes many writes.
+[[gnu::visibility("default")]] std::FILE* fdopen(int descriptor, const char* mode) noexcept {
+    constexpr std::size_t kBuffer = 200;
+    if (fails(EMFILE)) return nullptr;
+    if (!tArmed.active) return next<std::FILE* (*)(int, const char*)>("fdopen")(descriptor, mode);
+    std::FILE* const stream = fopencookie(reinterpret_cast<void*>(std::intptr_t{descriptor}), mode,
+                                          {nullptr, writeStream, nullptr, closeStream});
+    if (stream != nullptr) std::setvbuf(stream, nullptr, _IOFBF, kBuffer);
+    return stream;
+}
+}

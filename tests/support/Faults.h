@@ -1,5 +1,5 @@
-// Makes what a function stands on fail: memory, locks, the platform. Replaces the program's operator new and
-// pthread_mutex_lock; counts and fails only on the thread that armed it.
+// Makes what a function stands on fail: memory, locks, the platform, files. Replaces the program's operator new,
+// pthread_mutex_lock and what opens a file; counts and fails only on the thread that armed it.
 #pragma once
 
 #include <cstddef>
@@ -10,6 +10,7 @@ enum class Fault {
     kAllocation,  // operator new: the throwing ones throw, the others give null
     kLock,        // std::mutex::lock throws
     kPlatform,    // an operation of the platform throws
+    kFile,  // a file is not opened (too many of them), examined or emptied (disk error), written (disk full) or closed
 };
 // The thread sanitizer must see every lock with its own eyes: there, none fails.
 #if defined(__SANITIZE_THREAD__)
@@ -17,7 +18,7 @@ inline constexpr bool kLocksFail = false;
 #else
 inline constexpr bool kLocksFail = true;
 #endif
-inline constexpr Fault kFaults[] = {Fault::kAllocation, Fault::kLock, Fault::kPlatform};
+inline constexpr Fault kFaults[] = {Fault::kAllocation, Fault::kLock, Fault::kPlatform, Fault::kFile};
 
 enum class Repeat { kOnce, kForever };
 
@@ -31,6 +32,18 @@ public:
 
     // Whether anything failed.
     bool struck() const;
+};
+
+// While it lives, nothing fails nor counts on this thread.
+class Pause {
+public:
+    Pause();
+    ~Pause();
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+
+private:
+    const bool mWasActive;
 };
 
 // Every operator new from now on fails, until destruction.

@@ -41,7 +41,9 @@ int main(int argc, char** argv) {
     } catch (const CLI::RuntimeError& error) {
         return error.get_exit_code();  // a subcommand's own, which has said why
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kDone : kBadSession;
+        const bool asked = app.exit(error) == 0;  // for help or the version
+        if (!std::cout.flush()) std::cerr << "lsc_replay: standard output cannot be written\n";
+        return !asked ? kBadSession : std::cout ? kDone : kFailed;
     } catch (const replay::SessionError& error) {
         std::cerr << error.what() << '\n';
         return kBadSession;

@@ -1,5 +1,6 @@
 #include "tools/play/PlatformLines.h"
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <memory>
@@ -8,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include "customer/aaa/aaa/lsc/OtpCalibration.h"
 #include "platform/host/Host.h"
 #include "tools/play/PlayState.h"
 #include "tools/session/JsonText.h"
@@ -80,7 +82,11 @@ Setting readSensor(ObjectReader& line) {
     sensor.deviceId = line.integer<std::uint32_t>("device", 0);
     sensor.openable = line.flag("openable", true);
     if (const Json* v = line.find("otp_layout")) sensor.otpLayout = readOtpLayout(*v, line.at("otp_layout"));
-    if (const Json* v = line.find("otp")) sensor.otp = toBytes(*v, line.at("otp"));
+    if (const Json* v = line.find("otp")) {
+        sensor.otp = toBytes(*v, line.at("otp"));
+        // A layout may name any byte of the largest memory that the library reads.
+        sensor.otp->resize(std::max<std::size_t>(sensor.otp->size(), lsc::kOtpMemorySize));
+    }
     if (const Json* v = line.find("rolling_shutter")) {
         sensor.rollingShutter = readRollingShutter(*v, line.at("rolling_shutter"));
     }

@@ -1,6 +1,5 @@
 #include "tools/report/Gnuplot.h"
 
-#include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,14 +19,27 @@ struct CloseScript {
 };
 using ScriptFile = std::unique_ptr<std::FILE, CloseScript>;
 
+[[noreturn]] void failTemporary() {
+    throw StreamError("no temporary file for gnuplot: " + std::generic_category().message(errno));
+}
+
 // A file and not a pipe: gnuplot may give up before it has read everything.
 ScriptFile fileWith(const std::string& text) {
     ScriptFile file(std::tmpfile());
     if (!file || std::fwrite(text.data(), 1, text.size(), file.get()) != text.size() || std::fflush(file.get()) != 0) {
-        throw StreamError("cannot write a temporary file for gnuplot: " + std::generic_category().message(errno));
+        failTemporary();
     }
     std::rewind(file.get());
     return file;
+}
+
+std::string contentOf(std::FILE* file) {
+    std::string text;
+    char block[4096];
+    std::rewind(file);
+    while (const std::size_t size = std::fread(block, 1, sizeof block, file))
+        text.append(block, size);
+    return text;
 }
 
 [[noreturn]] void failMissing() {
@@ -35,12 +47,11 @@ ScriptFile fileWith(const std::string& text) {
         "gnuplot, which draws the pictures, is not installed: install the package gnuplot-nox, or ask for a .gp file");
 }
 
-pid_t start(int input) {
+pid_t start(int input, int output) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-    // Standard output is the table's.
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     char program[] = "gnuplot";
     char* const arguments[] = {program, nullptr};
     pid_t process = 0;
@@ -53,9 +64,10 @@ pid_t start(int input) {
 
 }  // namespace
 
-void runGnuplot(const std::string& script) {
+std::string runGnuplot(const std::string& script) {
     const ScriptFile input = fileWith(script);
-    const pid_t process = start(fileno(input.get()));
+    const ScriptFile output = fileWith({});
+    const pid_t process = start(fileno(input.get()), fileno(output.get()));
     int status = 0;
     while (waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }
@@ -63,6 +75,7 @@ void runGnuplot(const std::string& script) {
     constexpr int kNotFound = 127;
     if (WIFEXITED(status) && WEXITSTATUS(status) == kNotFound) failMissing();
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) throw StreamError("gnuplot could not draw the picture");
+    return contentOf(output.get());
 }
 
 }  // namespace replay

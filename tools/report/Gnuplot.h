@@ -5,8 +5,8 @@
 
 namespace replay {
 
-// Runs the script and waits for its end; gnuplot's own messages go to standard error. Throws StreamError when gnuplot
-// is not there or reports an error.
-void runGnuplot(const std::string& script);
+// Runs the script and returns what it draws on gnuplot's standard output; gnuplot's own messages go to standard error.
+// Throws StreamError when gnuplot is not there or reports an error.
+std::string runGnuplot(const std::string& script);
 
 }  // namespace replay

@@ -39,14 +39,24 @@ std::string dataBlock(std::string_view name, const std::string& rows) {
     return fmt::format("${} << EOD\n{}EOD\n", name, rows);
 }
 
+// A script that is drawn at once draws on standard output, because gnuplot does not tell when its own file is not
+// written.
 std::string terminal(const std::string& file) {
-    if (endsAs(file, ".svg")) {
-        return "set terminal svg size 1600,1000 font 'sans,14' background 'white'\nset output " + singleQuoted(file) +
-               "\n";
-    }
+    if (endsAs(file, ".svg")) return "set terminal svg size 1600,1000 font 'sans,14' background 'white'\n";
+    const std::string png = "set terminal pngcairo size 1600,1000 font 'sans,12'\n";
     // gnuplot calls the script by the name that it was given.
-    const std::string output = endsAs(file, ".gp") ? "ARG0[1:strlen(ARG0)-3].'.png'" : singleQuoted(file);
-    return "set terminal pngcairo size 1600,1000 font 'sans,12'\nset output " + output + "\n";
+    return endsAs(file, ".gp") ? png + "set output ARG0[1:strlen(ARG0)-3].'.png'\n" : png;
+}
+
+// The picture, which has the end that its format demands.
+std::string drawn(const std::string& script, const std::string& file) {
+    std::string picture = runGnuplot(script);
+    const std::string_view end = endsAs(file, ".svg") ? "</svg>" : "IEND";
+    constexpr std::size_t kLongestEnd = 10;  // with line breaks, or a check sum
+    if (picture.find(end, picture.size() - std::min(picture.size(), kLongestEnd)) == std::string::npos) {
+        throw StreamError("gnuplot's picture is not complete: is the disk full?");
+    }
+    return picture;
 }
 
 // The part of the script that is the same for every picture.
@@ -227,9 +237,9 @@ std::string plotScript(const Recording& recording, const PlotOptions& options) {
 }
 
 void plot(const std::string& script, const std::string& file) {
-    if (!endsAs(file, ".gp")) return runGnuplot(script);
+    const std::string content = endsAs(file, ".gp") ? script : drawn(script, file);
     std::ofstream out(file, std::ios::binary | std::ios::trunc);
-    if (!out || !(out << script).flush()) throw StreamError(file + ": cannot be written");
+    if (!out || !(out << content).flush()) throw StreamError(file + ": cannot be written");
 }
 
 }  // namespace replay

@@ -50,7 +50,7 @@ bool isDumped(CustShadingType type) {
 
 bool writeOisHallDump(int sensorId, unsigned int frame, const ExposureTimes& times, const ActiveSamples& samples,
                       const SpanSearch& span, const std::vector<double>& x, const std::vector<double>& y) noexcept {
-    const File file = openDump(sensorId, frame, times.startUs);
+    File file = openDump(sensorId, frame, times.startUs);
     if (!file) return true;
     std::FILE* const out = file.get();
 
@@ -67,8 +67,8 @@ bool writeOisHallDump(int sensorId, unsigned int frame, const ExposureTimes& tim
     }
     std::fprintf(out, "\t\"exposure_time\": %lld\n", static_cast<long long>(times.exposureUs));
     std::fprintf(out, "\t\"shutter_time\": %d\n", static_cast<int>(times.shutterUs));
-    std::fflush(out);
-    return std::ferror(out) == 0;
+    const bool written = std::ferror(out) == 0;
+    return std::fclose(file.release()) == 0 && written;
 }
 
 }  // namespace lsc

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "customer/aaa/aaa/lsc/WrappingTime.h"
+
 namespace lsc {
 namespace {
 
@@ -67,7 +69,8 @@ std::optional<ExposureTimes> selectTimes(CustShadingType type, const CalcOISValu
                                          std::uint32_t shutterUs) {
     const auto times = [shutterUs](std::uint64_t sofNs, std::uint64_t exposureNs) {
         const std::uint64_t exposureUs = exposureNs / kNsPerUs;
-        return ExposureTimes{sofNs, exposureNs, exposureUs, sofNs / kNsPerUs - exposureUs, shutterUs};
+        return ExposureTimes{sofNs, exposureNs, exposureUs, wrappingDifference(sofNs / kNsPerUs, exposureUs),
+                             shutterUs};
     };
     switch (type) {
         case CustShadingType::kFrame:
@@ -110,13 +113,13 @@ ActiveSamples activate(const Samples& samples, std::int64_t timeOffsetUs) {
 }
 
 std::int64_t distanceUs(std::uint64_t a, std::int64_t b) {
-    // Unsigned arithmetic wraps; a signed subtraction must not.
-    const std::uint64_t difference = a - static_cast<std::uint64_t>(b);
-    return static_cast<std::int64_t>(std::min(difference, std::uint64_t{0} - difference));
+    // Unsigned, because a signed subtraction must not wrap.
+    const std::uint64_t difference = wrappingDifference(a, static_cast<std::uint64_t>(b));
+    return static_cast<std::int64_t>(std::min(difference, wrappingDifference(0, difference)));
 }
 
 std::uint64_t readoutEndUs(const ActiveSamples& samples, std::int32_t start, const ExposureTimes& times) {
-    return static_cast<std::uint64_t>(samples[start].timeUs) + times.shutterUs;
+    return wrappingSum(static_cast<std::uint64_t>(samples[start].timeUs), times.shutterUs);
 }
 
 SpanSearch findSpan(const ActiveSamples& samples, const ExposureTimes& times) {

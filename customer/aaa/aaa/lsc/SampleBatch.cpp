@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <numeric>
 
 namespace lsc {
 namespace {
@@ -11,7 +10,7 @@ using NSCam::Utils::SensorData;
 
 // Half of the sum, toward zero; exact, also where the sum itself would leave 64 bits.
 std::int64_t middle(std::int64_t a, std::int64_t b) {
-    const std::int64_t lower = std::midpoint(std::min(a, b), std::max(a, b));  // rounds toward its first argument
+    const std::int64_t lower = (a & b) + ((a ^ b) >> 1);  // rounded down
     const bool halved = ((a ^ b) & 1) != 0;
     return halved && lower < 0 ? lower + 1 : lower;
 }

@@ -266,7 +266,8 @@ void TarvoShadingCustomUtil::QueryOTPInfo(int* array, unsigned long length, int 
     const OTPState& state = readOtpOnce(sensorId);
     if (!state.oisCalibrationValid || (array == nullptr && length != 0)) return;
     // The platform counts the array's bytes in 32 bits.
-    const std::uint32_t arrayBytes = static_cast<std::uint32_t>(length) * std::uint32_t{sizeof *array};
+    const auto arrayBytes =
+        static_cast<std::uint32_t>(std::uint64_t{static_cast<std::uint32_t>(length)} * sizeof *array);
     // Bytes, because the table need not end with an integer.
     auto* const bytes = reinterpret_cast<std::uint8_t*>(array);
     const std::size_t size =
@@ -302,10 +303,14 @@ void TarvoShadingCustomUtil::StoreRollingShutter(int sensorId, unsigned int sens
     return;
 }
 
-unsigned int TarvoShadingCustomUtil::QueryRollingShutter(int sensorId) noexcept try {
+std::uint32_t TarvoShadingCustomUtil::rollingShutterOf(int sensorId) {
     const std::lock_guard lock(mSensorMonitorMutex);
     const TarvoSensorMonitor* const monitor = findMonitor(sensorId);
     return monitor != nullptr ? monitor->mRollingShutter : 0;
+}
+
+unsigned int TarvoShadingCustomUtil::QueryRollingShutter(int sensorId) noexcept try {
+    return rollingShutterOf(sensorId);
 } catch (...) {
     return 0;
 }
@@ -538,7 +543,8 @@ void TarvoShadingCustomUtil::CalcOISValue(CustShadingType type, const CalcOISVal
                                           std::vector<double>* y, const unsigned int& frame,
                                           const int& sensorId) noexcept try {
     if (x == nullptr || y == nullptr || !IsEnabled(sensorId)) return;
-    const std::uint32_t shutterUs = QueryRollingShutter(sensorId) / lsc::kNsPerUs;
+    // One that throws, since 0 would give a position of its own.
+    const std::uint32_t shutterUs = rollingShutterOf(sensorId) / lsc::kNsPerUs;
     const bool tracing = mLogLevel >= kTraceLevel;
     // A number from here on: the platform may pass any.
     const auto typeNumber = static_cast<std::uint32_t>(type);

@@ -97,6 +97,8 @@ public:
 
 private:
     LSC_HIDDEN TarvoSensorMonitor* findMonitor(int sensorId) LSC_REQUIRES(mSensorMonitorMutex);
+    // In ns; 0 without a monitor or a stored time. Throws when the lock fails.
+    LSC_HIDDEN std::uint32_t rollingShutterOf(int sensorId) LSC_EXCLUDES(mSensorMonitorMutex);
     // Reads the sensor's OTP memory unless that was tried before, and returns the result. The id must be valid.
     LSC_HIDDEN const OTPState& readOtpOnce(int sensorId);
 

@@ -9,6 +9,7 @@
 #include "platform/host/Guarded.h"
 #include "platform/host/Host.h"
 #include "platform/host/HostState.h"
+#include "platform/host/Recorded.h"
 
 namespace host {
 namespace {
@@ -34,6 +35,7 @@ struct ByContent {
 struct OtpState {
     std::map<int, Module> modules;
     bool bytesNull = false;
+    std::uint8_t storedFlag = 1;
     // Every memory that a caller may still point into, each content once. Never shrinks, not even by a reset.
     std::set<Bytes, ByContent> handedOut;
 
@@ -51,6 +53,11 @@ internal::Guarded<OtpState>& otpState() {
     return internal::processWide<internal::Guarded<OtpState>>();
 }
 
+bool isZero(const OTPData& data) {
+    constexpr OTPData kZero = {};
+    return std::memcmp(&data, &kZero, sizeof data) == 0;
+}
+
 constinit TarvoOTPData gProvider;
 bool gProviderPresent = true;  // guarded by TarvoOTPData::mSingleMutex
 
@@ -64,6 +71,10 @@ void setOtpProviderPresent(bool present) {
 
 void setOtpBytesNull(bool null) {
     otpState().lock()->bytesNull = null;
+}
+
+void setOtpStoredFlag(std::uint8_t flag) {
+    otpState().lock()->storedFlag = flag;
 }
 
 void internal::setOtp(int sensorId, std::optional<Bytes> otp) {
@@ -81,6 +92,7 @@ void internal::resetOtp() {
     const auto state = otpState().lock();
     state->modules.clear();
     state->bytesNull = false;
+    state->storedFlag = 1;
 }
 
 }  // namespace host
@@ -90,17 +102,22 @@ constinit std::mutex TarvoOTPData::mSingleMutex;
 
 TarvoOTPData* TarvoOTPData::getInstance() {
     // Before the lock: a hook may block, or come back here.
-    host::internal::enter(host::Operation::kOtpInstance);
+    host::internal::Recorded call(host::Operation::kOtpInstance);
+    call.begin();
     const std::lock_guard lock(mSingleMutex);
     if (host::gProviderPresent) mSingleInstance = &host::gProvider;
-    return mSingleInstance;
+    return call.answer(mSingleInstance);
 }
 
 void TarvoOTPData::getOTPData(int sensorId, OTPData& data) {
-    host::internal::enter(host::Operation::kGetOtpData);
+    host::internal::Recorded call(host::Operation::kGetOtpData);
+    call.with("sensor", sensorId).with("zeroed", host::isZero(data)).begin();
     const auto state = host::otpState().lock();
     const auto found = state->modules.find(sensorId);
-    if (found == state->modules.end()) return;
-    data.bytes = state->bytesNull ? nullptr : state->handOut(found->second);
-    data.isStored = 1;
+    if (found != state->modules.end()) {
+        data.bytes = state->bytesNull ? nullptr : state->handOut(found->second);
+        data.isStored = state->storedFlag;
+    }
+    call.with("stored", data.isStored);
+    call.answer("bytes", data.bytes != nullptr);
 }

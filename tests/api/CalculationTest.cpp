@@ -142,9 +142,9 @@ TEST_F(Calculation, WritesXThenYAndSaysSoWhateverTheMetadataTakes) {
     for (const std::uint32_t refused : {kX, kY}) {
         NSCam::IMetadata frame = test::singleFrame(1100 * kMs, 20 * kMs);
         test::LogCapture log;
-        host::setMetadataRefuses(refused);
+        host::setFailures({.access = {{refused, {.write = -1}}}});
         CustomShadingUtil::fillLscOISCompInfo(kSensor, &frame);
-        host::setMetadataRefuses(std::nullopt);
+        host::setFailures({});
         EXPECT_EQ(test::entry<double>(frame, kX).empty(), refused == kX);
         EXPECT_EQ(test::entry<double>(frame, kY).empty(), refused == kY);
         EXPECT_THAT(log.take().back(), testing::HasSubstr("cust_lsc_type:1 fill OIS value success!!!"));
@@ -164,9 +164,9 @@ TEST_F(Calculation, OneVectorPassedAsBothHoldsXThenYThenZeros) {
 TEST_F(Calculation, ABurstMayNeverRunItsCallbackOrRunItTwice) {
     for (const auto& [runs, served] : {std::pair{0, false}, {2, true}}) {
         NSCam::IMetadata frame = test::singleFrame(1100 * kMs, 20 * kMs);
-        host::setBurstRuns(runs);
+        host::setFailures({.burstRuns = runs});
         CustomShadingUtil::fillLscOISCompInfo(kSensor, &frame);
-        host::setBurstRuns(1);
+        host::setFailures({});
         EXPECT_EQ(test::entry<double>(frame, kX), served ? (std::vector<double>{79, 0}) : std::vector<double>());
     }
 }

@@ -22,7 +22,7 @@ namespace {
 // Of frames with a position, then of each kind of reason, in the order of the kinds.
 constexpr std::array<std::string_view, kGroups> kColours = {
     "#a3cfae", "#7f7f7f", "#222222", "#c7c7c7", "#8c564b", "#5f6b7a", "#bcbd22",
-    "#e377c2", "#9467bd", "#1795a8", "#d62728", "#2f5fd0", "#b8720a",
+    "#e377c2", "#9467bd", "#1795a8", "#d62728", "#2f5fd0", "#b8720a", "#5c4033",
 };
 constexpr double kLabelHeight = 0.09;      // of the panel
 constexpr std::size_t kMarked = 24;        // exposures without a position that are marked in the panels above

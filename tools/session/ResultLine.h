@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -11,6 +12,7 @@
 
 #include "platform/SensorProvider.h"
 #include "platform/host/Host.h"
+#include "platform/host/Journal.h"
 #include "tools/session/JsonWriter.h"
 
 struct CalcOISValueInput;
@@ -33,11 +35,20 @@ public:
     void addMetadata(std::string_view key, const std::map<std::uint32_t, host::MetadataValues>& entries);
     void addTiming(std::string_view key, const CalcOISValueInput& input);
 
-    // Adds what the call sent out and ends the line; nothing may be added afterwards. The text has no line end.
-    const std::string& finish(const std::vector<host::LogEntry>& log);
+    // Adds what the call sent out, and what it asked of the platform if that was recorded, and ends the line; nothing
+    // may be added afterwards. The text has no line end.
+    const std::string& finish(const std::vector<host::LogEntry>& log,
+                              const std::optional<std::vector<host::JournalEntry>>& journal);
 
 private:
     void addLogEntry(const host::LogEntry& entry);
+    void addJournalEntry(const host::JournalEntry& entry);
+    void addValue(const host::MetadataValues& values);
+    void addValue(const NSCam::IMetadata::Memory& block);
+    template <typename T>
+    void addValue(const T& value) {
+        mJson.value(value);
+    }
 
     JsonWriter mJson;
 };

@@ -245,7 +245,7 @@ TEST_F(Settings, TheDumpIsForSingleNeAndSeExposures) {
     namespace fs = std::filesystem;
     const test::ScratchDirectory scratch;
     fs::create_directories(test::kDumpDirectory);
-    auto& util = makeWith(0, 0, 1, test::millisecondSamples(1000 * kMs, 200));
+    auto& util = makeWith(0, 0, -2, test::millisecondSamples(1000 * kMs, 200));  // any setting but 0
     for (std::uint32_t type = 0; type < 8; ++type) {
         constexpr std::uint64_t kSof = 1100 * kMs;
         constexpr std::uint64_t kExposure = 20 * kMs;

@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <variant>
 #include <vector>
@@ -86,6 +87,8 @@ SensorObjectCounts sensorObjectCounts();
 // Whether TarvoOTPData::getInstance() gives a provider, and whether a stored flag comes with a null pointer.
 void setOtpProviderPresent(bool present);
 void setOtpBytesNull(bool null);
+// The stored flag that comes with the bytes; 1 until set.
+void setOtpStoredFlag(std::uint8_t flag);
 
 // ---- Camera mode ---------------------------------------------------------------------------------------------------
 
@@ -120,10 +123,6 @@ using MetadataValues = std::variant<std::vector<std::int32_t>, std::vector<std::
 void setMetadataEntry(NSCam::IMetadata& metadata, std::uint32_t tag, MetadataValues values);
 // A copy of all entries, by ascending tag.
 std::map<std::uint32_t, MetadataValues> metadataEntries(const NSCam::IMetadata& metadata);
-// Makes every write under `tag` fail with a status, on any object; std::nullopt takes it back.
-void setMetadataRefuses(std::optional<std::uint32_t> tag);
-// How often a burst runs its callback: once, until set. A conforming platform always runs it once.
-void setBurstRuns(int times);
 // Status of a read that finds no fitting entry.
 inline constexpr int kMetadataReadFailed = -1;
 
@@ -146,9 +145,11 @@ enum class Operation {
     kGetAllSensorData,
     kBurstRead,
     kBurstWrite,
-    kMetadataRead,   // one readEntry or readEntries inside a burst
-    kMetadataWrite,  // one writeEntries inside a burst
+    kReadEntry,  // this and the next two inside a burst
+    kReadEntries,
+    kWriteEntries,
     kCustomerData,
+    kCustomMetadata,
     kCameraModeName,
     kOtpInstance,
     kGetOtpData,
@@ -160,5 +161,22 @@ enum class Operation {
 // then has done nothing. Null removes it. A call under way on another thread may still run the hook that was replaced.
 using Hook = std::function<void(Operation)>;
 void setHook(Hook hook);
+
+// What goes wrong. The default is a platform at which nothing does.
+struct Failures {
+    // The statuses that every access to a tag ends with, on any object; other than 0, it does nothing else.
+    struct Access {
+        int read = 0;
+        int write = 0;
+    };
+
+    std::set<Operation> throwing = {};  // each throws instead of doing anything, after the hook
+    std::map<std::uint32_t, Access> access = {};
+    int burstRuns = 1;  // how often a burst runs its callback; a conforming platform always runs it once
+
+    bool any() const { return !throwing.empty() || !access.empty() || burstRuns != 1; }
+};
+// Replaces all earlier ones.
+void setFailures(const Failures& failures);
 
 }  // namespace host

@@ -6,6 +6,7 @@
 #include "platform/host/Guarded.h"
 #include "platform/host/Host.h"
 #include "platform/host/HostState.h"
+#include "platform/host/Recorded.h"
 
 namespace host {
 namespace {
@@ -23,8 +24,9 @@ internal::Guarded<CustomerState>& customerState() {
 class HostCustomMetadata final : public CustomMetadata {
 public:
     std::string getCameraModeName() const override {
-        internal::enter(Operation::kCameraModeName);
-        return customerState().lock()->cameraMode;
+        internal::Recorded call(Operation::kCameraModeName);
+        call.begin();
+        return call.answer("result", customerState().lock()->cameraMode);
     }
 };
 
@@ -33,7 +35,9 @@ constinit HostCustomMetadata gCustomMetadata;
 class HostCustomerData final : public CustomerData {
 public:
     const CustomMetadata* customMetadata() const override {
-        return customerState().lock()->metadataPresent ? &gCustomMetadata : nullptr;
+        internal::Recorded call(Operation::kCustomMetadata);
+        call.begin();
+        return call.answer(customerState().lock()->metadataPresent ? &gCustomMetadata : nullptr);
     }
 };
 
@@ -58,6 +62,7 @@ void internal::resetCustomerData() {
 }  // namespace host
 
 CustomerData* CustomerData::getInstance() {
-    host::internal::enter(host::Operation::kCustomerData);
-    return host::customerState().lock()->holderPresent ? &host::gCustomerData : nullptr;
+    host::internal::Recorded call(host::Operation::kCustomerData);
+    call.begin();
+    return call.answer(host::customerState().lock()->holderPresent ? &host::gCustomerData : nullptr);
 }

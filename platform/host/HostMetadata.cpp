@@ -1,7 +1,7 @@
 // Frame metadata: a map from tag to values under one mutex, which a burst holds.
-#include <atomic>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <type_traits>
@@ -11,12 +11,13 @@
 #include "platform/host/Guarded.h"
 #include "platform/host/Host.h"
 #include "platform/host/HostState.h"
+#include "platform/host/Recorded.h"
 
 namespace {
 
 using host::MetadataValues;
 using host::Operation;
-using host::internal::enter;
+using host::internal::Recorded;
 using NSCam::IMetadata;
 
 using ValueMap = std::map<std::uint32_t, MetadataValues>;
@@ -24,15 +25,30 @@ using ValueMap = std::map<std::uint32_t, MetadataValues>;
 constexpr int kDone = 0;
 constexpr int kWriteFailed = -1;
 
-// The tag that refuses writes; beyond 32 bits while there is none.
-constexpr std::uint64_t kNoTag = std::uint64_t{1} << 32;
-constinit std::atomic<std::uint64_t> gRefusedTag{kNoTag};
-
-constinit std::atomic<int> gBurstRuns{1};
-// Relaxed: the number stands for itself.
 int burstRuns() {
-    return gBurstRuns.load(std::memory_order_relaxed);
+    const auto failures = host::internal::failures();
+    return failures ? failures->burstRuns : 1;
 }
+
+// The status that an access to `tag` is to fail with; 0 for none.
+int failedAccess(std::uint32_t tag, int host::Failures::Access::*kind) {
+    const auto failures = host::internal::failures();
+    if (!failures) return kDone;
+    const auto found = failures->access.find(tag);
+    return found != failures->access.end() ? found->second.*kind : kDone;
+}
+
+// The type of the values, as the session format names it.
+template <typename T>
+constexpr std::string_view kTypeName = "memory";
+template <>
+constexpr std::string_view kTypeName<std::int32_t> = "int32";
+template <>
+constexpr std::string_view kTypeName<std::int64_t> = "int64";
+template <>
+constexpr std::string_view kTypeName<float> = "float";
+template <>
+constexpr std::string_view kTypeName<double> = "double";
 
 template <typename T>
 constexpr bool kIsMemory = std::is_same_v<T, IMetadata::Memory>;
@@ -100,33 +116,39 @@ struct MetadataAccess {
 
 template <typename T>
 int IMetadata::Storage::readEntry(std::uint32_t tag, T& value, std::size_t index) const {
-    enter(Operation::kMetadataRead);
+    Recorded call(Operation::kReadEntry);
+    call.with("tag", tag).with("type", kTypeName<T>).with("index", index).begin();
+    if (const int status = failedAccess(tag, &host::Failures::Access::read)) return call.answer("status", status);
     const auto values = findValues<T>(mAccess->entries, tag);
-    if (!values || index >= values->size()) return host::kMetadataReadFailed;
+    if (!values || index >= values->size()) return call.answer("status", host::kMetadataReadFailed);
     value = (*values)[index];
-    return kDone;
+    return call.answer("status", kDone);
 }
 
 template <typename T>
 int IMetadata::Storage::readEntries(std::uint32_t tag, std::vector<T>& values) const {
-    enter(Operation::kMetadataRead);
+    Recorded call(Operation::kReadEntries);
+    call.with("tag", tag).with("type", kTypeName<T>).begin();
+    if (const int status = failedAccess(tag, &host::Failures::Access::read)) return call.answer("status", status);
     const auto held = findValues<T>(mAccess->entries, tag);
-    if (!held) return host::kMetadataReadFailed;
+    if (!held) return call.answer("status", host::kMetadataReadFailed);
     // All that can fail is done before the first change.
     values.reserve(held->size());
     values.assign(held->begin(), held->end());
-    return kDone;
+    return call.answer("status", kDone);
 }
 
 template <typename T>
-int IMetadata::Storage::writeEntries(std::uint32_t tag, const T* values, unsigned long count,
-                                     [[maybe_unused]] std::uint32_t options) {
-    enter(Operation::kMetadataWrite);
-    // Relaxed: the tag stands for itself.
-    if (gRefusedTag.load(std::memory_order_relaxed) == tag || !isWritable(values, count)) return kWriteFailed;
+int IMetadata::Storage::writeEntries(std::uint32_t tag, const T* values, unsigned long count, std::uint32_t options) {
+    Recorded call(Operation::kWriteEntries);
+    call.with("tag", tag);
+    if (isWritable(values, count)) call.with(kTypeName<T>, [&] { return makeValues(values, count); });
+    call.with("count", count).with("options", options).begin();
+    if (const int status = failedAccess(tag, &host::Failures::Access::write)) return call.answer("status", status);
+    if (!isWritable(values, count)) return call.answer("status", kWriteFailed);
     // All that can fail is done before the old values go.
     mAccess->entries.insert_or_assign(tag, makeValues(values, count));
-    return kDone;
+    return call.answer("status", kDone);
 }
 
 template int IMetadata::Storage::readEntry(std::uint32_t, std::int32_t&, std::size_t) const;
@@ -161,24 +183,27 @@ IMetadata& IMetadata::operator=(const IMetadata& other) {
 IMetadata::~IMetadata() = default;
 
 int IMetadata::burstRead(const std::function<int(const BurstEntry&)>& callback) const {
-    enter(Operation::kBurstRead);
-    if (!callback) return host::kMetadataReadFailed;
+    Recorded call(Operation::kBurstRead);
+    call.begin();
+    if (!callback) return call.answer("status", host::kMetadataReadFailed);
     const auto entries = mEntries->values.lock();
     BurstEntry::Access access{*entries};
     int status = kDone;
     for (int left = burstRuns(); left > 0; --left)
         status = callback(access.burstEntry());
-    return status;
+    return call.answer("status", status);
 }
 
 void IMetadata::burstWrite(const std::function<void(BurstEntry&)>& callback) {
-    enter(Operation::kBurstWrite);
-    if (!callback) return;
+    Recorded call(Operation::kBurstWrite);
+    call.begin();
+    if (!callback) return call.done();
     const auto entries = mEntries->values.lock();
     BurstEntry::Access access{*entries};
     BurstEntry entry = access.burstEntry();
     for (int left = burstRuns(); left > 0; --left)
         callback(entry);
+    call.done();
 }
 
 }  // namespace NSCam
@@ -189,19 +214,4 @@ void host::setMetadataEntry(IMetadata& metadata, std::uint32_t tag, MetadataValu
 
 std::map<std::uint32_t, MetadataValues> host::metadataEntries(const IMetadata& metadata) {
     return NSCam::MetadataAccess::copy(metadata);
-}
-
-void host::setMetadataRefuses(std::optional<std::uint32_t> tag) {
-    // Relaxed: the tag stands for itself.
-    gRefusedTag.store(tag ? *tag : kNoTag, std::memory_order_relaxed);
-}
-
-void host::setBurstRuns(int times) {
-    // Relaxed: the number stands for itself.
-    gBurstRuns.store(times, std::memory_order_relaxed);
-}
-
-void host::internal::resetMetadata() {
-    setBurstRuns(1);
-    setMetadataRefuses(std::nullopt);
 }

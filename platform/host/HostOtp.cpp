@@ -1,4 +1,5 @@
 // The OTP provider, with the bytes that setSensor() gave.
+#include <cstring>
 #include <map>
 #include <memory>
 #include <set>
@@ -9,6 +10,7 @@
 #include "platform/host/Guarded.h"
 #include "platform/host/Host.h"
 #include "platform/host/HostState.h"
+#include "platform/host/Recorded.h"
 
 namespace host {
 namespace {
@@ -19,11 +21,17 @@ using Memory = std::shared_ptr<const Bytes>;
 struct OtpState {
     std::map<int, Memory> modules;
     bool bytesNull = false;
+    std::uint8_t storedFlag = 1;
     std::set<Memory> handedOut;  // a caller may still point into these
 };
 
 internal::Guarded<OtpState>& otpState() {
     return internal::processWide<internal::Guarded<OtpState>>();
+}
+
+bool isZero(const OTPData& data) {
+    constexpr OTPData kZero = {};
+    return std::memcmp(&data, &kZero, sizeof data) == 0;
 }
 
 constinit TarvoOTPData gProvider;
@@ -39,6 +47,10 @@ void setOtpProviderPresent(bool present) {
 
 void setOtpBytesNull(bool null) {
     otpState().lock()->bytesNull = null;
+}
+
+void setOtpStoredFlag(std::uint8_t flag) {
+    otpState().lock()->storedFlag = flag;
 }
 
 void internal::setOtp(int sensorId, const std::optional<Bytes>& otp) {
@@ -63,18 +75,23 @@ constinit std::mutex TarvoOTPData::mSingleMutex;
 
 TarvoOTPData* TarvoOTPData::getInstance() {
     // Before the lock: a hook may block, or come back here.
-    host::internal::enter(host::Operation::kOtpInstance);
+    host::internal::Recorded call(host::Operation::kOtpInstance);
+    call.begin();
     const std::lock_guard lock(mSingleMutex);
     if (host::gProviderPresent) mSingleInstance = &host::gProvider;
-    return mSingleInstance;
+    return call.answer(mSingleInstance);
 }
 
 void TarvoOTPData::getOTPData(int sensorId, OTPData& data) {
-    host::internal::enter(host::Operation::kGetOtpData);
+    host::internal::Recorded call(host::Operation::kGetOtpData);
+    call.with("sensor", sensorId).with("zeroed", host::isZero(data)).begin();
     const auto state = host::otpState().lock();
     const auto found = state->modules.find(sensorId);
-    if (found == state->modules.end()) return;
-    state->handedOut.insert(found->second);
-    data.bytes = state->bytesNull ? nullptr : found->second->data();
-    data.isStored = 1;
+    if (found != state->modules.end()) {
+        state->handedOut.insert(found->second);
+        data.bytes = state->bytesNull ? nullptr : found->second->data();
+        data.isStored = state->storedFlag;
+    }
+    call.with("stored", data.isStored);
+    call.answer("bytes", data.bytes != nullptr);
 }

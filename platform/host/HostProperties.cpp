@@ -7,6 +7,7 @@
 #include "platform/host/Guarded.h"
 #include "platform/host/Host.h"
 #include "platform/host/HostState.h"
+#include "platform/host/Recorded.h"
 
 namespace host {
 namespace {
@@ -31,9 +32,10 @@ void internal::resetProperties() {
 }  // namespace host
 
 std::int32_t NSCam::Utils::Properties::property_get_int32(const char* key, std::int32_t defaultValue) {
-    host::internal::enter(host::Operation::kPropertyGet);
-    if (!key) return defaultValue;
+    host::internal::Recorded call(host::Operation::kPropertyGet);
+    call.with("key", key).with("default", defaultValue).begin();
+    if (!key) return call.answer("result", defaultValue);
     const auto properties = host::properties().lock();
     const auto found = properties->find(key);
-    return found == properties->end() ? defaultValue : found->second;
+    return call.answer("result", found == properties->end() ? defaultValue : found->second);
 }

@@ -9,6 +9,7 @@
 #include "platform/host/Guarded.h"
 #include "platform/host/Host.h"
 #include "platform/host/HostState.h"
+#include "platform/host/Recorded.h"
 
 using NSCam::Utils::eSensorType;
 using NSCam::Utils::SensorData;
@@ -40,30 +41,38 @@ SharedListener handOver(eSensorType type, std::vector<SensorData>& samples) {
     return state->listener;
 }
 
+std::int32_t numberOf(eSensorType type) {
+    return static_cast<std::int32_t>(type);  // as messages show it
+}
+
 class HostSensorProvider final : public SensorProvider {
 public:
     explicit HostSensorProvider(const char* user) : mUser(user ? user : "") {}
 
-    bool enableSensor(eSensorType type, [[maybe_unused]] std::uint32_t interval) override {
-        internal::enter(Operation::kEnableSensor);
-        if (providerState().lock()->refused.contains(type)) return false;
+    bool enableSensor(eSensorType type, std::uint32_t interval) override {
+        internal::Recorded call(Operation::kEnableSensor);
+        call.with("user", mUser).with("type", numberOf(type)).with("interval", interval).begin();
+        if (providerState().lock()->refused.contains(type)) return call.answer("result", false);
         mRunning.lock()->insert(type);
-        return true;
+        return call.answer("result", true);
     }
 
     bool disableSensor(eSensorType type) override {
-        internal::enter(Operation::kDisableSensor);
-        return mRunning.lock()->erase(type) != 0;
+        internal::Recorded call(Operation::kDisableSensor);
+        call.with("user", mUser).with("type", numberOf(type)).begin();
+        return call.answer("result", mRunning.lock()->erase(type) != 0);
     }
 
     bool getAllSensorData(eSensorType type, std::vector<SensorData>& samples) override {
-        internal::enter(Operation::kGetAllSensorData);
+        internal::Recorded call(Operation::kGetAllSensorData);
+        call.with("user", mUser).with("type", numberOf(type)).with("before", samples.size()).begin();
         if (const SharedListener listener = handOver(type, samples)) (*listener)(type, samples);
-        return !samples.empty();
+        call.with("samples", samples.size());
+        return call.answer("result", !samples.empty());
     }
 
 private:
-    const std::string mUser;  // for who looks at an instance in a debugger
+    const std::string mUser;
     internal::Guarded<std::set<eSensorType>> mRunning;
 };
 
@@ -102,7 +111,10 @@ void internal::resetSensorProvider() {
 }  // namespace host
 
 std::shared_ptr<SensorProvider> SensorProvider::createInstance(const char* user) {
-    host::internal::enter(host::Operation::kCreateProvider);
-    if (!host::providerState().lock()->creates) return nullptr;
-    return std::make_shared<host::HostSensorProvider>(user);
+    host::internal::Recorded call(host::Operation::kCreateProvider);
+    call.with("user", user).begin();
+    std::shared_ptr<SensorProvider> instance;
+    if (host::providerState().lock()->creates) instance = std::make_shared<host::HostSensorProvider>(user);
+    call.answer(instance.get());
+    return instance;
 }

@@ -10,6 +10,7 @@
 #include "platform/host/Guarded.h"
 #include "platform/host/Host.h"
 #include "platform/host/HostState.h"
+#include "platform/host/Recorded.h"
 
 namespace host {
 namespace {
@@ -20,6 +21,26 @@ constexpr int kCommandFailed = -1;
 // A command carries addresses as integers.
 void* addressOf(unsigned long argument) {
     return reinterpret_cast<void*>(argument);
+}
+
+// Adds what the command says with its arguments: the number behind an address, whether there is an address to write to,
+// or the argument itself where it means nothing.
+void recordCommand(internal::Recorded& call, unsigned long command, unsigned long argument1, unsigned long argument2,
+                   unsigned long argument3) {
+    const auto behind = [&call](std::string_view name, unsigned long argument, auto number) {
+        if (argument) std::memcpy(&number, addressOf(argument), sizeof number);
+        argument ? call.with(name, number) : call.with(name, false);
+    };
+    if (command == NSCam::CMD_GET_OTP_INFO) {
+        behind("argument1", argument1, std::int32_t{});
+        call.with("argument2", argument2 != 0).with("argument3", argument3);
+    } else if (command == NSCam::CMD_GET_ROLLING_SHUTTER) {
+        behind("argument1", argument1, std::uint32_t{});
+        call.with("argument2", argument2);
+        behind("argument3", argument3, std::uint32_t{});
+    } else {
+        call.with("argument1", argument1).with("argument2", argument2).with("argument3", argument3);
+    }
 }
 
 // One user's handle. Thread safe.
@@ -71,7 +92,10 @@ internal::Guarded<SensorState>& sensorState() {
 
 int HostSensor::sendCommand(std::uint32_t deviceId, unsigned long command, unsigned long argument1,
                             unsigned long argument2, unsigned long argument3) {
-    internal::enter(Operation::kSensorCommand);
+    internal::Recorded call(Operation::kSensorCommand);
+    recordCommand(call.with("sensor", mIndex).with("device", deviceId).with("command", command), command, argument1,
+                  argument2, argument3);
+    call.begin();
     int status = kCommandFailed;
     if (command == NSCam::CMD_GET_OTP_INFO) {
         status = answerOtpLayout(deviceId, addressOf(argument2));
@@ -79,7 +103,7 @@ int HostSensor::sendCommand(std::uint32_t deviceId, unsigned long command, unsig
         status = answerRollingShutter(deviceId, addressOf(argument1), addressOf(argument3));
     }
     internal::enter(Operation::kSensorCommandDone);
-    return status;
+    return call.answer("status", status);
 }
 
 int HostSensor::answerOtpLayout(std::uint32_t deviceId, void* layout) const {
@@ -106,9 +130,11 @@ int HostSensor::answerRollingShutter(std::uint32_t deviceId, void* time, const v
 
 void HostSensor::release(const char* user) {
     ++gReleaseCalls;
-    internal::enter(Operation::kReleaseSensor);
+    internal::Recorded call(Operation::kReleaseSensor);
+    call.with("sensor", mIndex).with("user", user).begin();
     std::unique_ptr<HostSensor> self;  // destroyed last, when nothing uses this object any more
     const auto state = sensorState().lock();
+    call.done();
     const auto found = state->objects.find(this);
     if (found == state->objects.end()) return;
     if (mGeneration == state->generation) {
@@ -122,22 +148,24 @@ void HostSensor::release(const char* user) {
 class HostSensorList final : public NSCam::IHalSensorList {
 public:
     std::uint32_t querySensorDeviceId(int index) override {
-        internal::enter(Operation::kSensorDeviceId);
+        internal::Recorded call(Operation::kSensorDeviceId);
+        call.with("sensor", index).begin();
         const auto state = sensorState().lock();
         const Sensor* sensor = state->find(index);
-        return sensor ? sensor->deviceId : 0;
+        return call.answer("result", sensor ? sensor->deviceId : 0);
     }
 
     NSCam::IHalSensor* createSensor(const char* user, int index) override {
-        internal::enter(Operation::kCreateSensor);
+        internal::Recorded call(Operation::kCreateSensor);
+        call.with("user", user).with("sensor", index).begin();
         const auto state = sensorState().lock();
         const Sensor* sensor = state->find(index);
-        if (!sensor || !sensor->openable) return nullptr;
+        if (!sensor || !sensor->openable) return call.answer<HostSensor>(nullptr);
         auto object = std::make_unique<HostSensor>(user, index, state->generation);
         HostSensor* const created = object.get();
         state->objects.emplace(created, std::move(object));
         ++state->counts.created;
-        return created;
+        return call.answer(created);
     }
 };
 
@@ -173,6 +201,7 @@ void internal::resetSensors() {
 }  // namespace host
 
 NSCam::IHalSensorList* NSCam::IHalSensorList::get() {
-    host::internal::enter(host::Operation::kSensorListGet);
-    return host::sensorState().lock()->listPresent ? &host::gSensorList : nullptr;
+    host::internal::Recorded call(host::Operation::kSensorListGet);
+    call.begin();
+    return call.answer(host::sensorState().lock()->listPresent ? &host::gSensorList : nullptr);
 }

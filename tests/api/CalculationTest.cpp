@@ -142,9 +142,9 @@ TEST_F(Calculation, WritesXThenYAndSaysSoWhateverTheMetadataTakes) {
     for (const std::uint32_t refused : {kX, kY}) {
         NSCam::IMetadata frame = test::singleFrame(1100 * kMs, 20 * kMs);
         test::LogCapture log;
-        host::setMetadataRefuses(refused);
+        host::setFailures({.access = {{refused, {.write = -1}}}});
         CustomShadingUtil::fillLscOISCompInfo(kSensor, &frame);
-        host::setMetadataRefuses(std::nullopt);
+        host::setFailures({});
         EXPECT_EQ(test::entry<double>(frame, kX).empty(), refused == kX);
         EXPECT_EQ(test::entry<double>(frame, kY).empty(), refused == kY);
         EXPECT_THAT(log.take().back(), testing::HasSubstr("cust_lsc_type:1 fill OIS value success!!!"));
@@ -164,9 +164,9 @@ TEST_F(Calculation, OneVectorPassedAsBothHoldsXThenYThenZeros) {
 TEST_F(Calculation, ABurstMayNeverRunItsCallbackOrRunItTwice) {
     for (const auto& [runs, served] : {std::pair{0, false}, {2, true}}) {
         NSCam::IMetadata frame = test::singleFrame(1100 * kMs, 20 * kMs);
-        host::setBurstRuns(runs);
+        host::setFailures({.burstRuns = runs});
         CustomShadingUtil::fillLscOISCompInfo(kSensor, &frame);
-        host::setBurstRuns(1);
+        host::setFailures({});
         EXPECT_EQ(test::entry<double>(frame, kX), served ? (std::vector<double>{79, 0}) : std::vector<double>());
     }
 }
@@ -245,7 +245,7 @@ TEST_F(Settings, TheDumpIsForSingleNeAndSeExposures) {
     namespace fs = std::filesystem;
     const test::ScratchDirectory scratch;
     fs::create_directories(test::kDumpDirectory);
-    auto& util = makeWith(0, 0, 1, test::millisecondSamples(1000 * kMs, 200));
+    auto& util = makeWith(0, 0, -2, test::millisecondSamples(1000 * kMs, 200));  // any setting but 0
     for (std::uint32_t type = 0; type < 8; ++type) {
         constexpr std::uint64_t kSof = 1100 * kMs;
         constexpr std::uint64_t kExposure = 20 * kMs;

@@ -5,18 +5,18 @@
 #include <atomic>
 #include <future>
 #include <stdexcept>
-#include <thread>
 
+#include "customer/aaa/aaa/lsc/OtpCalibration.h"
 #include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Scene.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
 using host::Operation;
 using test::kSensor;
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 constexpr unsigned int kOisFeature = 2;
 
@@ -39,6 +39,14 @@ protected:
         return log.take();
     }
 
+    // An error as it reaches the Android log.
+    static std::string error(const std::string& function, const std::string& text) {
+        return "android 6 TarvoShadingCustomUtil: [" + function + "] " + text + " (" + function +
+               "){#LINE:TarvoShadingCustomUtil}";
+    }
+    static std::string readError(const std::string& text) { return error("ReadOTPInfo", text); }
+    static std::string swapError(const std::string& text) { return error("SwapOTPInfo", text); }
+
     TarvoShadingCustomUtil mUtil;
     std::atomic<int> mReads = 0;
 };
@@ -55,8 +63,7 @@ TEST_F(OtpRead, FirstCallerReadsAndOthersWaitForIt) {
     reading.get_future().wait();
 
     int index = 0;
-    auto second = std::async(std::launch::async, [&] { mUtil.GetMultiTableIndex(index, kSensor); });
-    EXPECT_EQ(second.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    auto second = test::startUntilItWaits([&] { mUtil.GetMultiTableIndex(index, kSensor); });
     // Another sensor's read is independent; it finds no sensor and reads nothing.
     EXPECT_FALSE(mUtil.IsSupportFeature(kOisFeature, kSensor + 1));
     release.set_value();
@@ -95,9 +102,7 @@ TEST_F(OtpRead, ReadsNothingTwiceNorForAnUnknownSensor) {
 }
 
 TEST_F(OtpRead, AProviderThatIsMissingGivesNoBytesOrThrowsCountsAsNotStored) {
-    const auto notStored = ElementsAre(
-        "android 6 TarvoShadingCustomUtil: [ReadOTPInfo] Not to stored OTPData !!! "
-        "(ReadOTPInfo){#LINE:TarvoShadingCustomUtil}");
+    const auto notStored = ElementsAre(readError("Not to stored OTPData !!!"));
     host::setOtpProviderPresent(false);
     EXPECT_THAT(errorsOf(test::calibratedSensor(), 0), notStored);
     host::setOtpProviderPresent(true);
@@ -113,9 +118,9 @@ TEST_F(OtpRead, AProviderThatIsMissingGivesNoBytesOrThrowsCountsAsNotStored) {
 TEST_F(OtpRead, ABlockOutsideTheMemoryIsNotRead) {
     host::Sensor sensor = test::calibratedSensor();
     sensor.otpLayout->at(2) = 0x10000;
-    EXPECT_THAT(errorsOf(sensor, 0),
-                ElementsAre(HasSubstr("[ReadOTPInfo] sensorId:0, multiGolden[valid:10000, gradient:1, "
-                                      "2] is not within 65536 bytes!!! ")));
+    EXPECT_THAT(
+        errorsOf(sensor, 0),
+        ElementsAre(readError("sensorId:0, multiGolden[valid:10000, gradient:1, 2] is not within 65536 bytes!!!")));
     EXPECT_TRUE(mUtil.IsSupportFeature(kOisFeature, 0));
     int index = -1;
     mUtil.GetMultiTableIndex(index, 0);
@@ -123,18 +128,17 @@ TEST_F(OtpRead, ABlockOutsideTheMemoryIsNotRead) {
 
     sensor = test::calibratedSensor();
     sensor.otpLayout->at(8) = 0x80000000;
-    EXPECT_THAT(
-        errorsOf(sensor, 1),
-        ElementsAre(HasSubstr("[ReadOTPInfo] sensorId:1, oisCalibration[offset:10, valid:8, indexNum:2147483648, "
-                              "tableNumber:5] is not within 65536 bytes!!! ")));
+    EXPECT_THAT(errorsOf(sensor, 1),
+                ElementsAre(readError("sensorId:1, oisCalibration[offset:10, valid:8, indexNum:2147483648, "
+                                      "tableNumber:5] is not within 65536 bytes!!!")));
     EXPECT_FALSE(mUtil.IsSupportFeature(kOisFeature, 1));
 }
 
 TEST_F(OtpRead, AMarkerThatIsNotOneIsReportedWhateverTheOtherWordsSay) {
     host::Sensor sensor = test::calibratedSensor();
     *sensor.otpLayout = {0, 8, 3, 0x10000, 0x10000, 0x10000, 8, 4, 0xFFFFFFFF, 0xFFFFFFFF, 1};
-    EXPECT_THAT(errorsOf(sensor, 0), ElementsAre(HasSubstr("sensorId:0, multiGolden is not valid(0)!!!"),
-                                                 HasSubstr("sensorId:0, oisCalibration is not valid(0)!!!")));
+    EXPECT_THAT(errorsOf(sensor, 0), ElementsAre(readError("sensorId:0, multiGolden is not valid(0)!!!"),
+                                                 readError("sensorId:0, oisCalibration is not valid(0)!!!")));
 }
 
 TEST_F(OtpRead, ADriverThatThrowsLeavesALayoutOfZeros) {
@@ -186,8 +190,9 @@ TEST_F(OtpRead, SwapWritesTheWholeTableOfAKnownLayout) {
     mUtil.SwapOTPInfo(source.data(), table.data(), -1);
     EXPECT_EQ(table[2], 8);
     EXPECT_THAT(log.take(),
-                ElementsAre(HasSubstr("source or destination is null"), HasSubstr("source or destination is null"),
-                            HasSubstr("sensorId(14) is invalid"), HasSubstr("sensorId(-1) is invalid")));
+                ElementsAre(swapError("sensorId:1, source or destination is null !!!"),
+                            swapError("sensorId:1, source or destination is null !!!"),
+                            swapError("sensorId(14) is invalid !!!"), swapError("sensorId(-1) is invalid !!!")));
 
     host::Sensor sensor = test::calibratedSensor(1);
     sensor.otpLayout->at(8) = 0x80000000;
@@ -196,8 +201,22 @@ TEST_F(OtpRead, SwapWritesTheWholeTableOfAKnownLayout) {
     log.take();
     mUtil.SwapOTPInfo(source.data(), table.data(), 0);
     EXPECT_EQ(table[10], 0);
-    EXPECT_THAT(log.take(), ElementsAre(HasSubstr("[SwapOTPInfo] sensorId:0, oisCalibration[indexNum:2147483648, "
-                                                  "tableNumber:5] is not within 65536 bytes!!! ")));
+    EXPECT_THAT(log.take(), ElementsAre(swapError("sensorId:0, oisCalibration[indexNum:2147483648, tableNumber:5] is "
+                                                  "not within 65536 bytes!!!")));
+}
+
+TEST_F(OtpRead, ATableMayFillTheWholeMemoryAndNoMore) {
+    std::vector<unsigned char> source(lsc::kOtpMemorySize + 2, 7);
+    for (const auto& [rows, last] : {std::pair{0x8000U, 7}, {0x8001U, 0}}) {
+        host::Sensor sensor = test::calibratedSensor(1);
+        sensor.otpLayout->at(8) = rows;
+        sensor.otpLayout->at(9) = 1;
+        host::setSensor(static_cast<int>(rows & 1), sensor);
+        mUtil.IsSupportFeature(kOisFeature, static_cast<int>(rows & 1));
+        std::vector<unsigned char> table(source.size());
+        mUtil.SwapOTPInfo(source.data(), table.data(), static_cast<int>(rows & 1));
+        EXPECT_EQ(table[lsc::kOtpMemorySize - 1], last);
+    }
 }
 
 }  // namespace

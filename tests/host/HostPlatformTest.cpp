@@ -157,10 +157,10 @@ TEST_F(Host, MetadataIsTypedAndCopiedByValue) {
 TEST_F(Host, ARefusedWriteKeepsTheEntry) {
     IMetadata metadata;
     host::setMetadataEntry(metadata, 1, std::vector<double>{5});
-    host::setMetadataRefuses(1);
+    host::setFailures({.access = {{1, {.write = 7}}}});
     const double value = 6;
     const auto write = [&value](IMetadata::BurstEntry& entry) {
-        EXPECT_NE(entry.writeEntries(1, &value, 1, ~0U), 0);
+        EXPECT_EQ(entry.writeEntries(1, &value, 1, ~0U), 7);
         EXPECT_EQ(entry.writeEntries(2, &value, 1, ~0U), 0);
     };
     metadata.burstWrite(write);

@@ -203,8 +203,8 @@ TEST(Findings, TheAdviceOnAStampOfTheFutureNamesItExactly) {
     const auto found = findingsOf(oneStamp(std::numeric_limits<std::int64_t>::max() - 1));
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(replay::adviceOf(found[0]),
-              "235 exposures: keep time stamps of the future out of the samples: after that of 9223372036854775806 ns, "
-              "handed over with frame 60, 238 batches were discarded");
+              "235 exposures: find out why a sample is stamped in the future: after the time stamp 9223372036854775806 "
+              "ns, handed over with frame 60, 238 batches were discarded");
 }
 
 TEST(Findings, NameARollingShutterThatDoesNotFit) {

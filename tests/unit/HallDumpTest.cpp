@@ -62,6 +62,14 @@ TEST_F(HallDump, HoldsSpanResultAndTimes) {
     EXPECT_EQ(content(), std::string(kHead) + kTail);
 }
 
+TEST_F(HallDump, NumbersOfTheGreatestLengthFitItsName) {
+    fs::create_directories(test::kDumpDirectory);
+    constexpr std::uint64_t kFarStart = std::uint64_t{1} << 63;
+    lsc::writeOisHallDump(INT32_MIN, 0x80000000, {0, 0, 0, kFarStart, 0}, mSamples, mSpan, {}, {});
+    EXPECT_TRUE(fs::exists(std::string(test::kDumpDirectory) +
+                           "/capture_camera_-2147483648_frame_-2147483648_-9223372036854775808_oishall.txt"));
+}
+
 TEST_F(HallDump, IsSkippedWithoutItsDirectory) {
     EXPECT_TRUE(write({4, 0}, {5, 0}));
     EXPECT_TRUE(fs::is_empty("."));

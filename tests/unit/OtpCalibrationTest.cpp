@@ -86,9 +86,9 @@ TEST_F(Blocks, TheMarkerComesFirstAndOnlyThenTheOtherWords) {
     EXPECT_EQ(calibration(1, 0, 0x8000, 1), BlockState::kOutside);
     EXPECT_EQ(calibration(kBeyond, 0, 1, 1), BlockState::kOutside);
     EXPECT_EQ(calibration(kBeyond, kNot, kBeyond, kBeyond), BlockState::kNotValid);
-    // Products that come back to 0 in 32 and in 64 bits.
+    // Tables whose bytes come back to 0 in 32 bits, and to those of the whole memory in 64.
     EXPECT_EQ(calibration(0, 0, 0x80000000, 2), BlockState::kOutside);
-    EXPECT_EQ(calibration(0, 0, 0x80000000, 0x80000000), BlockState::kOutside);
+    EXPECT_EQ(calibration(0, 0, 2'147'516'416, 4'294'901'761), BlockState::kOutside);
     EXPECT_EQ(calibration(0, 0, kBeyond, kBeyond), BlockState::kOutside);
 }
 

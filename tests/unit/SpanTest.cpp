@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <limits>
-#include <random>
 
 #include "customer/aaa/aaa/lsc/OisSpan.h"
 #include "tests/support/Scene.h"
@@ -100,51 +99,6 @@ TEST(Span, CoversExposureStartToReadoutEnd) {
         EXPECT_EQ(span.start, c.start) << c.what;
         EXPECT_EQ(span.end, c.end) << c.what;
     }
-}
-
-// The search step by step, in numbers wide enough for every distance below 2^63.
-std::pair<int, int> plainSpan(const ActiveSamples& samples, std::uint64_t startUs, std::uint32_t shutterUs) {
-    const auto distance = [&samples](std::uint64_t time, int i) {
-        const auto apart = static_cast<std::int64_t>(time - static_cast<std::uint64_t>(samples[i].timeUs));
-        return apart < 0 ? 0 - static_cast<std::uint64_t>(apart) : static_cast<std::uint64_t>(apart);
-    };
-    const int last = samples.count - 1;
-    int start = 0;
-    while (start < last && (samples[start].timeUs == 0 || distance(startUs, start) >= 1000))
-        ++start;
-    if (start >= last) return {0, 0};
-    if (distance(startUs, start) > distance(startUs, start + 1)) ++start;
-    const std::uint64_t finish = static_cast<std::uint64_t>(samples[start].timeUs) + shutterUs;
-    int end = start;
-    while (end < last && distance(finish, end) >= 1000)
-        ++end;
-    if (end < last && distance(finish, end) > distance(finish, end + 1)) ++end;
-    return {start, end == 0 ? last : end};
-}
-
-TEST(Span, IsThatOfThePlainSearch) {
-    constexpr std::uint64_t kBases[] = {0, 5'000, 1'000'000, 0 - std::uint64_t{20'000},
-                                        (std::uint64_t{1} << 63) - 9'000};
-    std::mt19937 random(11);
-    const auto below = [&random](std::uint32_t limit) { return static_cast<std::uint32_t>(random() % limit); };
-    int found = 0;
-    for (int round = 0; round < 20'000; ++round) {
-        const std::uint64_t base = kBases[below(std::size(kBases))];
-        const std::uint32_t step = 1 + below(1500);
-        std::vector<std::int64_t> times;
-        for (std::uint32_t i = below(20); i > 0; --i) {
-            const std::uint64_t time = base + 20 * step - i * step + below(step);
-            times.push_back(static_cast<std::int64_t>(below(9) == 0 ? 0 : time));
-        }
-        const ActiveSamples samples = at(times);
-        const std::uint64_t startUs = base + below(22 * step) - 1000;
-        const std::uint32_t shutterUs = below(12 * step);
-        const SpanSearch span = lsc::findSpan(samples, {0, 0, 0, startUs, shutterUs});
-        ASSERT_EQ((std::pair<int, int>(span.start, span.end)), plainSpan(samples, startUs, shutterUs))
-            << "seed 11, round " << round;
-        found += span.startFound ? 1 : 0;
-    }
-    EXPECT_GT(found, 5'000);
 }
 
 TEST(Reduction, ModesGiveMeanLargestMiddleAndLast) {

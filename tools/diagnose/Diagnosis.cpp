@@ -60,6 +60,7 @@ std::optional<lsc::ExposureTimes> Diagnosis::timesOf(std::int32_t sensor, std::u
 }
 
 bool Diagnosis::computes(std::int32_t sensor, const lsc::ExposureTimes& times) {
+    if (mPlatformFailing) return false;
     // Type 0 with the exposure's times computes the same and is never dumped.
     CalcOISValueInput input;
     input.sof_timestamp = times.sofNs;
@@ -85,6 +86,7 @@ std::optional<Reason> Diagnosis::whyNoMonitor(std::int32_t sensor) {
 }
 
 Reason Diagnosis::whyNothing(std::int32_t sensor, const lsc::ExposureTimes& times) {
+    if (mPlatformFailing) return plainReason(Kind::kPlatformFailing);
     if (const auto noMonitor = whyNoMonitor(sensor)) return *noMonitor;
     if (times.sofNs == 0) return plainReason(Kind::kNoStartOfFrame);
     lsc::Samples samples = samplesAround(sensor, times.sofNs);

@@ -20,8 +20,12 @@ public:
         : mClosed(library),
           mLibrary(library.customer()),
           mAccount(account),
+          mPlatformFailing(library.failing()),
           mCalculationMode(library.calculationMode()) {}
 
+    // Whether the session makes the platform fail. What the library found is then beyond asking: computes() says no,
+    // and this is why.
+    bool platformFailing() const { return mPlatformFailing; }
     // Whether the sensor has an OIS calibration. Only for a sensor that the library has been asked about by itself:
     // the first question reads the sensor's OTP memory.
     bool isCalibrated(std::int32_t sensor) { return mLibrary.IsSupportFeature(kFeatureOisCompensation, sensor); }
@@ -50,6 +54,7 @@ private:
     const ClosedLogGates mClosed;
     TarvoShadingCustomUtil& mLibrary;
     const SampleAccount& mAccount;
+    const bool mPlatformFailing;
     const std::optional<std::int32_t> mCalculationMode;
 };
 

@@ -77,6 +77,7 @@ std::vector<ExposureOutcome> FrameInquiry::outcomes(Diagnosis& diagnosis) const 
 // Why the library did not come to calculate anything of the frame.
 std::optional<Reason> FrameInquiry::whyNotTried(Diagnosis& diagnosis, CalcOISValueInput& input) const {
     const bool timed = lsc::readFrameTiming(mBefore, input) == 0;
+    if (diagnosis.platformFailing()) return std::nullopt;
     if (!diagnosis.isCalibrated(mSensor)) return noCalibration(mSensor);
     if (lsc::hasOisValues(mBefore, lsc::exposuresOf(lsc::readMultiExposure(mBefore)))) {
         return plainReason(Kind::kAlreadyWritten);

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
+#include "platform/host/Host.h"
 
 namespace replay {
 
@@ -32,8 +33,13 @@ public:
     void setLogSwitches(const LogSwitches& switches);
     const LogSwitches& logSwitches() const { return mSwitches; }
 
+    // What the session makes the platform fail in, during its calls alone.
+    host::Failures& failures() { return mFailures; }
+    bool failing() const { return mFailures.any(); }
+
 private:
     LogSwitches mSwitches;
+    host::Failures mFailures;
     bool mCustomerSeen = false;
     std::optional<std::int32_t> mCalculationMode;
     std::optional<std::int32_t> mModeOverride;

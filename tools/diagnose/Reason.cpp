@@ -24,6 +24,7 @@ std::string reasonText(Reason::Kind kind) {
         fmt::format("no sample within {} us of exposure start", lsc::kMatchWindowUs),
         "span of one sample",
         "calculation mode computes nothing",
+        "the session makes the platform fail",
     };
     return kTexts[indexOf(kind)];
 }

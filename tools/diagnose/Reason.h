@@ -21,6 +21,7 @@ struct Reason {
         kNoNearSample,
         kOneSample,
         kCalculationMode,
+        kPlatformFailing,
     };
 
     Kind kind;
@@ -32,7 +33,7 @@ struct Reason {
 constexpr std::size_t indexOf(Reason::Kind kind) {
     return static_cast<std::size_t>(kind);  // the kinds count from 0
 }
-inline constexpr std::size_t kReasonKinds = indexOf(Reason::Kind::kCalculationMode) + 1;  // it is the last one
+inline constexpr std::size_t kReasonKinds = indexOf(Reason::Kind::kPlatformFailing) + 1;  // it is the last one
 constexpr Reason::Kind reasonKind(std::size_t index) {
     return static_cast<Reason::Kind>(index);  // below kReasonKinds
 }

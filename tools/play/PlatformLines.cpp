@@ -110,6 +110,61 @@ Setting readProvider(ObjectReader& line) {
     };
 }
 
+Setting readCustomerData(ObjectReader& line) {
+    return [present = line.flag("present", true), metadata = line.flag("metadata", true)](PlayState&) {
+        host::setCustomerDataPresent(present, metadata);
+    };
+}
+
+Setting readOtpProvider(ObjectReader& line) {
+    const bool present = line.flag("present", true);
+    const bool bytes = line.flag("bytes", true);
+    return [present, bytes, stored = line.integer<std::uint8_t>("stored", 1)](PlayState&) {
+        host::setOtpProviderPresent(present);
+        host::setOtpBytesNull(!bytes);
+        host::setOtpStoredFlag(stored);
+    };
+}
+
+Setting readMetadataAccess(ObjectReader& line) {
+    const auto tag = line.integer<std::uint32_t>("tag");
+    const host::Failures::Access access{line.integer<std::int32_t>("read", 0), line.integer<std::int32_t>("write", 0)};
+    return [tag, access](PlayState& state) {
+        auto& failing = state.library().failures().access;
+        if (access.read != 0 || access.write != 0) {
+            failing[tag] = access;
+        } else {
+            failing.erase(tag);
+        }
+    };
+}
+
+Setting readBurst(ObjectReader& line) {
+    constexpr std::uint64_t kMaxRuns = 100;
+    const auto runs = integerBits(line.get("runs"), line.at("runs"), 0, kMaxRuns);
+    return [runs](PlayState& state) { state.library().failures().burstRuns = narrow<int>(runs); };
+}
+
+host::Operation toOperation(const std::string& name, const Place& place) {
+    for (int i = 0; i < static_cast<int>(host::Operation::kCount); ++i) {
+        const auto operation = static_cast<host::Operation>(i);  // the operations count from 0
+        if (host::nameOf(operation) == name) return operation;
+    }
+    failAt(place, "unknown operation " + jsonString(name));
+}
+
+Setting readOperation(ObjectReader& line) {
+    const host::Operation operation = toOperation(line.text("name"), line.at("name"));
+    return [operation, throws = line.flag("throws")](PlayState& state) {
+        auto& throwing = state.library().failures().throwing;
+        throws ? void(throwing.insert(operation)) : void(throwing.erase(operation));
+    };
+}
+
+Setting readJournal(ObjectReader& line) {
+    return [on = line.flag("on")](PlayState& state) { state.setJournal(on); };
+}
+
 Setting readPlatform(ObjectReader& line) {
     const std::string kind = line.text("platform");
     if (kind == "property") return readProperty(line);
@@ -117,7 +172,13 @@ Setting readPlatform(ObjectReader& line) {
     if (kind == "sensor") return readSensor(line);
     if (kind == "sensor_list") return readSensorList(line);
     if (kind == "camera_mode") return readCameraMode(line);
+    if (kind == "customer_data") return readCustomerData(line);
     if (kind == "provider") return readProvider(line);
+    if (kind == "otp_provider") return readOtpProvider(line);
+    if (kind == "metadata_access") return readMetadataAccess(line);
+    if (kind == "burst") return readBurst(line);
+    if (kind == "operation") return readOperation(line);
+    if (kind == "journal") return readJournal(line);
     failAt(line.at("platform"), "unknown kind " + jsonString(kind));
 }
 

@@ -35,6 +35,18 @@ void PlayState::endMonitors() {
     }
 }
 
+PlayState::PlatformOfACall::PlatformOfACall(PlayState& state) : mState(state) {
+    if (mState.mLibrary.failing()) host::setFailures(mState.mLibrary.failures());
+    if (mState.mJournalOn) host::setJournal(true);
+}
+
+PlayState::PlatformOfACall::~PlatformOfACall() {
+    if (mState.mLibrary.failing()) host::setFailures({});
+    if (!mState.mJournalOn) return;
+    mState.mJournal = host::takeJournal();
+    host::setJournal(false);
+}
+
 PlayState::Stopwatch::~Stopwatch() {
     const std::chrono::nanoseconds time = Clock::now() - mStart;
     mState.mWatch.called(mState.mFunction, narrow<std::uint64_t>(time.count()));  // a steady clock does not go back

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -13,6 +14,7 @@
 
 #include "aaa/aaa/lsc/ShadingCustom.h"
 #include "platform/Metadata.h"
+#include "platform/host/Journal.h"
 #include "tools/diagnose/Library.h"
 #include "tools/diagnose/Watch.h"
 #include "tools/play/LogRecorder.h"
@@ -45,10 +47,16 @@ public:
     template <typename Call>
     auto inLibrary(Call&& call) {
         mLibrary.noteSettings();
+        const PlatformOfACall platform(*this);
         const Stopwatch stopwatch(*this);
         return mRecorder.record(std::forward<Call>(call));
     }
     std::vector<host::LogEntry> takeLog() { return mRecorder.take(); }
+
+    // Whether calls get a journal.
+    void setJournal(bool on) { mJournalOn = on; }
+    // That of the last call; nothing without one.
+    std::optional<std::vector<host::JournalEntry>> takeJournal() { return std::exchange(mJournal, std::nullopt); }
 
     // Ends the monitors that the session leaves behind, so that a replay of the same session finds none.
     void endMonitors();
@@ -58,6 +66,18 @@ public:
     Watch& watch() { return mWatch; }
 
 private:
+    // Lets the platform fail and keep a journal for its own life: what the player asks is no part of the session.
+    class PlatformOfACall {
+    public:
+        explicit PlatformOfACall(PlayState& state);
+        ~PlatformOfACall();
+        PlatformOfACall(const PlatformOfACall&) = delete;
+        PlatformOfACall& operator=(const PlatformOfACall&) = delete;
+
+    private:
+        PlayState& mState;
+    };
+
     // Tells the time of its own life.
     class Stopwatch {
     public:
@@ -82,6 +102,8 @@ private:
     std::map<std::int32_t, CustomShadingFlow*> mInstances;
     std::string mFunction;
     LogRecorder mRecorder;
+    bool mJournalOn = false;
+    std::optional<std::vector<host::JournalEntry>> mJournal;
     Library mLibrary;
     Watch mWatch;
 };

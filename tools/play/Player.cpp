@@ -29,7 +29,7 @@ void playCall(ObjectReader& line, std::size_t number, PlayState& state, const Pl
     state.beginCall(function);
     ResultLine result(number, function, options.results != nullptr);
     call(state, result);
-    const std::string& text = result.finish(state.takeLog());
+    const std::string& text = result.finish(state.takeLog(), state.takeJournal());
     if (options.results != nullptr && !(*options.results << text << '\n')) failWriting();
 }
 

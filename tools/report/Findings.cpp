@@ -59,6 +59,7 @@ std::pair<std::string, std::string> symptom(const SensorStatistics& sensor, Kind
         case Kind::kCalculationMode:
             return {"nothing-to-compute", "use a type and a calculation mode that compute a position"};
         case Kind::kAlreadyWritten:
+        case Kind::kPlatformFailing:
             break;
     }
     return {};

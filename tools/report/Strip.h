@@ -16,7 +16,7 @@ namespace replay {
 inline constexpr std::size_t kGroups = kReasonKinds + 1;
 inline constexpr std::array<std::string_view, kGroups> kColours = {
     "#a3cfae", "#7f7f7f", "#222222", "#c7c7c7", "#8c564b", "#5f6b7a", "#bcbd22",
-    "#e377c2", "#9467bd", "#1795a8", "#d62728", "#2f5fd0", "#b8720a",
+    "#e377c2", "#9467bd", "#1795a8", "#d62728", "#2f5fd0", "#b8720a", "#5c4033",
 };
 std::string groupText(std::size_t group);
 

@@ -56,13 +56,38 @@ void ResultLine::addTiming(std::string_view key, const CalcOISValueInput& input)
     mJson.endObject();
 }
 
-const std::string& ResultLine::finish(const std::vector<host::LogEntry>& log) {
+const std::string& ResultLine::finish(const std::vector<host::LogEntry>& log,
+                                      const std::optional<std::vector<host::JournalEntry>>& journal) {
     if (!mWanted) return mJson.text();
     mJson.key("log").beginList();
     for (const host::LogEntry& entry : log)
         addLogEntry(entry);
-    mJson.endList().endObject();
+    mJson.endList();
+    if (journal) {
+        mJson.key("journal").beginList();
+        for (const host::JournalEntry& entry : *journal)
+            addJournalEntry(entry);
+        mJson.endList();
+    }
+    mJson.endObject();
     return mJson.text();
+}
+
+void ResultLine::addJournalEntry(const host::JournalEntry& entry) {
+    mJson.beginObject().member("operation", host::nameOf(entry.operation));
+    for (const auto& [name, value] : entry.fields) {
+        mJson.key(name);
+        std::visit([this](const auto& its) { addValue(its); }, value);
+    }
+    mJson.endObject();
+}
+
+void ResultLine::addValue(const host::MetadataValues& values) {
+    std::visit([this](const auto& list) { addValue(list); }, values);
+}
+
+void ResultLine::addValue(const NSCam::IMetadata::Memory& block) {
+    mJson.value(block.size());
 }
 
 void ResultLine::addLogEntry(const host::LogEntry& entry) {

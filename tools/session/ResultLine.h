@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -11,6 +12,7 @@
 #include "platform/Metadata.h"
 #include "platform/SensorProvider.h"
 #include "platform/host/Host.h"
+#include "platform/host/Journal.h"
 #include "tools/session/JsonWriter.h"
 
 struct CalcOISValueInput;
@@ -36,11 +38,20 @@ public:
     void addMetadata(std::string_view key, const NSCam::IMetadata& metadata);
     void addTiming(std::string_view key, const CalcOISValueInput& input);
 
-    // Adds what the call sent out and ends the line; nothing may be added afterwards. The text has no line end.
-    const std::string& finish(const std::vector<host::LogEntry>& log);
+    // Adds what the call sent out, and what it asked of the platform if that was recorded, and ends the line; nothing
+    // may be added afterwards. The text has no line end.
+    const std::string& finish(const std::vector<host::LogEntry>& log,
+                              const std::optional<std::vector<host::JournalEntry>>& journal);
 
 private:
     void addLogEntry(const host::LogEntry& entry);
+    void addJournalEntry(const host::JournalEntry& entry);
+    void addValue(const host::MetadataValues& values);
+    void addValue(const NSCam::IMetadata::Memory& block);
+    template <typename T>
+    void addValue(const T& value) {
+        mJson.value(value);
+    }
 
     const bool mWanted;
     JsonWriter mJson;

@@ -305,7 +305,7 @@ def parser():
     add("-o", "--output", metavar="SESSION", help="session to write; standard output without it")
     add("--ois-columns", metavar="NAMES", default="frame,x,y,time",
         help="columns of the lens positions: x, y, time, and if there frame, hall_x, hall_y (default %(default)s)")
-    add("--frame-columns", metavar="NAMES", default="time,exposure,-,readout,-,-,frame",
+    add("--frame-columns", metavar="NAMES", default="time,exposure,-,readout,ois_time,-,frame",
         help="columns of the frames: time (start of frame), exposure, and if there readout, frame, ois_time (the start "
              "of frame in the clock of the lens positions) (default %(default)s)")
     add("--ois-unit", choices=NS_PER_UNIT, default="ns", help="unit of times of the lens positions (default ns)")

@@ -9,7 +9,8 @@ import unittest
 from tool import HANDHELD, ToolTest
 
 FLAGS = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
-         "--disable-component-update", "--disable-sync", "--enable-logging=stderr", "--window-size=1280,1000"]
+         "--disable-component-update", "--disable-sync", "--disable-dev-shm-usage", "--enable-logging=stderr",
+         "--window-size=1280,1000"]
 # Runs in the page, after its own script; what it finds becomes an element of the document that the browser prints.
 PROBE = """<script>
 function drag(box, from, to, more = {}) {
@@ -67,7 +68,7 @@ class Page(ToolTest):
             "return {steps, reading: text('.reading')[0]}", HANDHELD)
         (begin, end), zoomed, panned, row = found["steps"]
         share = (end - begin) / 4
-        for its, expected in (zoomed, (begin + share, begin + 2 * share)), (panned, (zoomed[0] + share / 4, zoomed[1] + share / 4)):
+        for its, expected in (zoomed, (begin + share, begin + 2 * share)), (panned, [edge + share / 4 for edge in zoomed]):
             for edge, wanted in zip(its, expected):
                 self.assertAlmostEqual(edge, wanted, delta=share / 10)
         self.assertAlmostEqual(row[1] - row[0], 200 + 4.97 + 15.98, delta=0.1)
@@ -102,7 +103,7 @@ class Page(ToolTest):
         session = self.write("two.jsonl", "".join(lines + other + [
             '{"call":"fillLscOISCompInfo","sensor":1,"metadata":null}\n']))
         found = self.look("return {headings: text('#sensors h2'), graphs: text('.graph').length,"
-                          "counts: [choose('sensor', '0').length, choose('sensor', '3').length, choose('sensor', '1').length]}", session)
+                          "counts: [0, 3, 1].map(id => choose('sensor', `${id}`).length)}", session)
         self.assertEqual(found["headings"], ["Sensor 0", "Sensor 1", "Sensor 3"])
         self.assertEqual(found["graphs"], 6)
         self.assertEqual(found["counts"], [found["counts"][0]] * 2 + [1])
@@ -118,7 +119,8 @@ class Page(ToolTest):
             block = {"tag": 0xC0030000, "memory": {"size": 4712, "u64": {"4592": 1_000_000}}}
             lines += [json.dumps({"metadata": "m", "entries": [start, block]}),
                       '{"call":"fillLscOISCompInfo","sensor":0,"metadata":"m"}']
-        found = self.look("return {samples: data.sensors[0].samples.split('\\n').length, notes: text('.note'), shown: text('#shown'),"
+        found = self.look("return {samples: data.sensors[0].samples.split('\\n').length, notes: text('.note'),"
+                          "shown: text('#shown'),"
                           "choices: text('#outcome option'), chunk: byId('exposures').tBodies[0].rows.length}",
                           self.write("long.jsonl", "\n".join(lines)))
         self.assertLess(found["samples"], 61_000)

@@ -20,24 +20,24 @@ std::string textOf(const std::optional<T>& number) {
 }  // namespace
 
 ExposureCells exposureCells(const ExposureOutcome& outcome, const LensPath& path) {
-    const auto& [sensor, type, times, position, reason, readoutNs, span, frame] = outcome;
-    ExposureCells cells{textOf(frame), std::to_string(sensor), textOf(type)};  // the first three columns
-    if (times) {
-        cells[Column::kStart] = std::to_string(times->sofNs);
-        cells[Column::kExposure] = std::to_string(times->exposureNs);
+    ExposureCells cells{textOf(outcome.frame), std::to_string(outcome.sensor),
+                        textOf(outcome.type)};  // the first three columns
+    if (outcome.times) {
+        cells[Column::kStart] = std::to_string(outcome.times->sofNs);
+        cells[Column::kExposure] = std::to_string(outcome.times->exposureNs);
     }
-    cells[Column::kReadout] = std::to_string(readoutNs);
-    if (position) {
-        cells[Column::kX] = fmt::format("{}", position->x);
-        cells[Column::kY] = fmt::format("{}", position->y);
+    cells[Column::kReadout] = std::to_string(outcome.readoutNs);
+    if (outcome.position) {
+        cells[Column::kX] = fmt::format("{}", outcome.position->x);
+        cells[Column::kY] = fmt::format("{}", outcome.position->y);
     }
-    if (span) {
-        cells[Column::kSpan] = std::to_string(span->samples);
-        cells[Column::kMatch] = std::to_string(span->distanceUs);
+    if (outcome.span) {
+        cells[Column::kSpan] = std::to_string(outcome.span->samples);
+        cells[Column::kMatch] = std::to_string(outcome.span->distanceUs);
     }
-    if (reason) {
-        cells[Column::kReason] = reasonText(reason->kind);
-        cells[Column::kDetail] = reason->text;
+    if (outcome.reason) {
+        cells[Column::kReason] = reasonText(outcome.reason->kind);
+        cells[Column::kDetail] = outcome.reason->text;
     }
     const std::optional<Served> served = servedOf(outcome);
     if (const auto error = served ? errorOf(*served, path) : std::nullopt) {

@@ -2,8 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <numeric>
-#include <optional>
 #include <sstream>
 #include <string_view>
 #include <vector>

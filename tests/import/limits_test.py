@@ -35,7 +35,8 @@ class Limits(ToolTest):
         messages = [registered(0), f"[StoreRollingShutter] sensorId:0, rolling_shutter:{HUGE} sensorMode:{HUGE}",
                     *batch(1, 10**9, HUGE + ".0"), *batch(2, 10**9 + 6 * 10**7, HUGE),
                     "[fillLscOISCompInfo] is_multiexp_mode:0",
-                    f"[fillLscCalcOISValueInputInfo] sof_timestamp:{HUGE} [ne:0][se:0], exposure_time:{HUGE} [ne:0][se:0]",
+                    f"[fillLscCalcOISValueInputInfo] sof_timestamp:{HUGE} [ne:0][se:0], exposure_time:{HUGE} [ne:0]"
+                    "[se:0]",
                     f"[CalcOISValue] sensorId = 0, type = 1, oisCount = 100, sof_timestamp = {HUGE}, exposure_time = "
                     f"{HUGE}, shutter_time = {HUGE}, timeDiff = -{HUGE}"]
         for place in range(len(messages)):

@@ -13,6 +13,7 @@ import json
 import os
 import pathlib
 import re
+import statistics
 import subprocess
 import sys
 
@@ -22,9 +23,9 @@ RATES = ("17", "34", "267")  # samples a frame
 TIMED = ("Query_WithCalculation/{}", "Query_Plain/{}", "Query_Floor/{}", "Frame_UpdateAndFill/{}/manual_time")
 RUNS = 5  # of each benchmark; the shortest time counts, since others on the machine only add to it
 HEAD = "| shown by | last run |\n|---|---|"
-FORMS = {"fault sweep": r"\d+ injected faults in \d+ calls",
+FORMS = {"fault sweep": r"\d+ points in \d+ calls, each failing alone and with all after it; half of the calls have at most \d+",
          "coverage": r"\d+ places, \d+ branches, \d+ conditions in \d+ decisions; \d+ excused, \d+ missing",
-         "`fuzz_": r"\d+ inputs in \d+ s, nothing found"}
+         "`fuzz_": r"\d+ inputs in \d+ s, nothing found(; \d+ calculations completed)?"}
 
 
 def run(*command):
@@ -71,9 +72,10 @@ def fault_sweep():
     run("cmake", "--preset", "debug", "-DLSC_BUILD_TESTS=ON")
     run("cmake", "--build", "--preset", "debug", "--target", "lsc_api_tests")
     run(ROOT / "build/debug/tests/lsc_api_tests", "--gtest_filter=*/FaultSweep.*", f"--gtest_output=json:{report}")
-    points = [int(test["faults"]) for suite in json.loads(report.read_text())["testsuites"]
+    points = [int(test["points"]) for suite in json.loads(report.read_text())["testsuites"]
               for test in suite["testsuite"]]
-    return f"{sum(points)} injected faults in {len(points)} calls"
+    return (f"{sum(points)} points in {len(points)} calls, each failing alone and with all after it; half of the calls have "
+            f"at most {statistics.median_low(points)}")
 
 
 def measure_reliability(old_block):
@@ -83,8 +85,11 @@ def measure_reliability(old_block):
     if coverage.exists():
         rows["coverage"] = run("python3", ROOT / "scripts/coverage_report.py", coverage).splitlines()[-1].rstrip(".")
     for log in sorted((ROOT / "build/fuzz").glob("*.log")):
-        if done := re.search(r"^Done (\d+) runs in (\d+) second", log.read_text(errors="replace"), re.MULTILINE):
-            rows[f"`fuzz_{log.stem}`"] = f"{done[1]} inputs in {done[2]} s, nothing found"
+        text = log.read_text(errors="replace")
+        if done := re.search(r"^Done (\d+) runs in (\d+) second", text, re.MULTILINE):
+            counted = re.search(r"^calculations: (\d+) completed", text, re.MULTILINE)
+            more = f"; {counted[1]} calculations completed" if counted else ""
+            rows[f"`fuzz_{log.stem}`"] = f"{done[1]} inputs in {done[2]} s, nothing found{more}"
     return "\n".join([HEAD, *(f"| {name} | {rows[name]} |" for name in sorted(rows, reverse=True))])
 
 

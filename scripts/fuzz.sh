@@ -1,23 +1,38 @@
 #!/usr/bin/env bash
-# Runs every fuzz target under libFuzzer with the address and undefined-behaviour sanitizers, for SECONDS each (60), and
-# ends with a failure when one of them finds something; the input is then left in build/fuzz.
+# Runs every fuzz target under libFuzzer with the address and undefined-behaviour sanitizers and the library's
+# assertions, for SECONDS each (60), and ends with a failure when one of them finds something; the input is then left in
+# build/fuzz.
 #
 #   scripts/fuzz.sh [SECONDS]
+#   scripts/fuzz.sh --merge     puts what was reached beyond the seeds into them, as few inputs as possible
 set -euo pipefail
 cd "$(dirname "$0")/.."
-seconds=${1:-60}
 build=build/fuzz
-cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz --target fuzz_buffer fuzz_import fuzz_otp fuzz_session >"$build/build.log" 2>&1 ||
+targets=(buffer camera import otp session)
+cmake --preset fuzz -DLSC_BUILD_TESTS=ON >/dev/null
+cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}" >"$build/build.log" 2>&1 ||
     { tail -n 40 "$build/build.log"; exit 1; }
 
-for target in buffer import otp session; do
+if [ "${1:-}" = --merge ]; then
+    for target in "${targets[@]}"; do
+        old=$build/seeds.$target
+        rm -rf "$old" && mkdir -p fuzz/seeds/"$target" "$build/corpus/$target" && mv fuzz/seeds/"$target" "$old"
+        mkdir fuzz/seeds/"$target"
+        "$build/fuzz/fuzz_$target" -max_len=4096 -set_cover_merge=1 fuzz/seeds/"$target" "$old" "$build/corpus/$target" \
+            >"$build/merge.log" 2>&1 || { tail -n 40 "$build/merge.log"; exit 1; }
+        [ "$target" != import ] || cp -n "$old"/*.* fuzz/seeds/import  # named captures stay
+        echo "$target: $(find fuzz/seeds/"$target" -type f | wc -l) seeds."
+    done
+    exit
+fi
+
+for target in "${targets[@]}"; do
     corpus=$build/corpus/$target
     mkdir -p "$corpus"
-    seeds=fuzz/seeds/$target
-    [ "$target" = session ] && seeds=tests/sessions
+    seeds=(fuzz/seeds/"$target")
+    [ "$target" != session ] || seeds+=(tests/sessions)
     log=$build/$target.log
-    "$build/fuzz/fuzz_$target" -max_total_time="$seconds" -print_final_stats=1 -artifact_prefix="$build/found-$target-" \
-        "$corpus" "$seeds" >"$log" 2>&1 || { tail -n 40 "$log"; exit 1; }
-    echo "$target: $(awk '/executed_units/ {print $2}' "$log") inputs, no finding."
+    "$build/fuzz/fuzz_$target" -max_total_time="${1:-60}" -print_final_stats=1 -artifact_prefix="$build/found-$target-" \
+        "$corpus" "${seeds[@]}" >"$log" 2>&1 || { tail -n 40 "$log"; exit 1; }
+    echo "$target: $(awk '/executed_units/ {print $2}' "$log") inputs, no finding. $(grep '^calculations:' "$log" || true)"
 done

@@ -97,4 +97,11 @@ TEST_F(Cameras, WithoutSamplesShowInTheNextNumber) {
     EXPECT_EQ(taken(empty), -1);
 }
 
+TEST_F(Cameras, AreNeverSureWithMoreMonitorsThanADeviceHasCameras) {
+    for (std::int32_t sensor = 2; sensor < 1000; ++sensor)
+        attribution.registered(sensor, 5);
+    EXPECT_GE(taken(batch(1, 100, 5, 1)), 100);
+    EXPECT_EQ(taken(voted(batch(1, 100, 5, 1), listing(999, 100, 5))), 999);
+}
+
 }  // namespace

@@ -19,6 +19,10 @@ constexpr double kMost = 10;
 constexpr double kContinues = 1.5;  // not farther than this
 constexpr double kClear = 0.5;      // nearer than the next best by this much
 
+// With more monitors than this, far more than a device has cameras, the choice is among the first ones, and not sure:
+// the time that a capture takes must not grow with their square.
+constexpr std::size_t kMostCandidates = 64;
+
 double movement(const SensorData& a, const SensorData& b) {
     return std::abs(static_cast<double>(a.oisX) - static_cast<double>(b.oisX)) +
            std::abs(static_cast<double>(a.oisY) - static_cast<double>(b.oisY));
@@ -127,16 +131,20 @@ void Attribution::registered(std::int32_t sensor, std::int32_t type) {
 }
 
 Attribution::Sensors Attribution::candidates(const HandOver& batch) const {
+    const auto fits = [&](const Monitor& monitor) { return !batch.emptyType || *batch.emptyType == monitor.type; };
     Sensors listed;
+    for (const auto& [id, votes] : batch.votes) {
+        const auto found = mMonitors.find(id);
+        if (votes.listed != 0 && found != mMonitors.end() && fits(found->second)) listed.push_back(id);
+    }
+    if (!listed.empty()) return listed;
     Sensors possible;
     for (const auto& [id, monitor] : mMonitors) {
+        if (possible.size() == kMostCandidates) break;
         const auto found = batch.votes.find(id);
-        const HandOver::Votes votes = found != batch.votes.end() ? found->second : HandOver::Votes{};
-        if (batch.emptyType && *batch.emptyType != monitor.type) continue;
-        if (votes.listed != 0) listed.push_back(id);
-        if (votes.missed == 0) possible.push_back(id);
+        if (fits(monitor) && (found == batch.votes.end() || found->second.missed == 0)) possible.push_back(id);
     }
-    return listed.empty() ? possible : listed;
+    return possible;
 }
 
 std::optional<std::int32_t> Attribution::followed(const HandOver& batch, const Sensors& among,
@@ -209,7 +217,7 @@ Attribution::Choice Attribution::choose(const HandOver& batch, const Timeline& a
     }
     std::ranges::sort(near);
     const auto [distance, nearest] = near.front();
-    const bool clear = near.at(1).first - distance > kClear;
+    const bool clear = near.at(1).first - distance > kClear && among.size() < kMostCandidates;
     const bool begins = !mMonitors.at(nearest).track.begun;
     if (clear && !begins) return {nearest, true};
     if (const auto sensor = followed(batch, among, ahead)) return {sensor, true};

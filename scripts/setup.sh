@@ -8,7 +8,8 @@ packages=(g++ cmake ninja-build python3 googletest libsimdjson-dev nlohmann-json
 if [ "${1:-}" = ci ]; then
     packages+=(clang-19 clang-tidy-19 lld-19 llvm-19 libc++-19-dev libc++abi-19-dev libclang-rt-19-dev clang-format
                cppcheck qemu-user abigail-tools pkg-config perl binutils libbenchmark-dev android-liblog-dev
-               python3-pandas chromium)
+               python3-pandas chromium blueprint-tools
+               mini-soong)
 fi
 
 missing=()

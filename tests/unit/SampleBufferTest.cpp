@@ -106,16 +106,20 @@ TEST(SampleBufferBound, DropsTheOldestSamplesAndSaysSoOnce) {
     millions(1, 0, 5);
     millions(2, 5, kLimit - 5);
     EXPECT_THAT(log.take(), IsEmpty());
-    millions(3, kLimit, 7);
+    millions(3, kLimit, 5);
     EXPECT_EQ(first(1), -1);
-    EXPECT_EQ(first(2), 7);
+    EXPECT_EQ(first(2), 5);
+    EXPECT_EQ(buffer.frameCount(), 2U);
     EXPECT_THAT(log.take(), ElementsAre(testing::HasSubstr("[pushValue] more than 1048576 samples buffered")));
-    millions(4, 2 * kLimit, 2 * kLimit + 3);
+    millions(4, kLimit + 5, 2);
+    EXPECT_EQ(first(2), 7);
+    EXPECT_THAT(log.take(), IsEmpty());
+    millions(5, 2 * kLimit, 2 * kLimit + 3);
     EXPECT_EQ(buffer.frameCount(), 1U);
-    EXPECT_EQ(first(4), 3 * kLimit + 3);
+    EXPECT_EQ(first(5), 3 * kLimit + 3);
     EXPECT_THAT(log.take(), IsEmpty());
     buffer.clear();
-    millions(5, 0, kLimit + 1);
+    millions(6, 0, kLimit + 1);
     EXPECT_EQ(log.take().size(), 1U);
     host::reset();
 }

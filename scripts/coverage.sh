@@ -6,7 +6,7 @@ build=build/coverage
 raw=$build/raw
 rm -rf "$raw"
 cmake --preset coverage >/dev/null
-cmake --build --preset coverage --target lsc_host_tests lsc_unit_tests lsc_api_tests lsc_replay >"$build/build.log" 2>&1 || { tail -n 40 "$build/build.log"; exit 1; }
+cmake --build --preset coverage --target lsc_host_tests lsc_unit_tests lsc_exhaustive_tests lsc_api_tests lsc_replay >"$build/build.log" 2>&1 || { tail -n 40 "$build/build.log"; exit 1; }
 LLVM_PROFILE_FILE=$PWD/$raw/%p-%m.profraw ctest --preset coverage -L 'unit|api|session' >"$build/test.log" 2>&1 ||
     { tail -n 40 "$build/test.log"; exit 1; }
 llvm-profdata-19 merge -sparse "$raw"/*.profraw -o "$build/tests.profdata"

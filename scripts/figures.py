@@ -71,6 +71,7 @@ def fault_sweep():
     report = ROOT / "build/debug/fault-sweep.json"
     run("cmake", "--preset", "debug", "-DLSC_BUILD_TESTS=ON")
     run("cmake", "--build", "--preset", "debug", "--target", "lsc_api_tests")
+    os.environ["CI"] = "true"  # every traced step
     run(ROOT / "build/debug/tests/lsc_api_tests", "--gtest_filter=*/FaultSweep.*", f"--gtest_output=json:{report}")
     points = [int(test["points"]) for suite in json.loads(report.read_text())["testsuites"]
               for test in suite["testsuite"]]

@@ -84,7 +84,7 @@ TarvoOTPData* TarvoOTPData::getInstance() {
 
 void TarvoOTPData::getOTPData(int sensorId, OTPData& data) {
     host::internal::Recorded call(host::Operation::kGetOtpData);
-    call.with("sensor", sensorId).with("zeroed", host::isZero(data)).begin();
+    call.with("sensor", sensorId).with("zeroed", [&data] { return host::isZero(data); }).begin();
     const auto state = host::otpState().lock();
     const auto found = state->modules.find(sensorId);
     if (found != state->modules.end()) {

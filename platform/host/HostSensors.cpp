@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 #include "platform/HalSensorList.h"
@@ -23,21 +24,25 @@ void* addressOf(unsigned long argument) {
     return reinterpret_cast<void*>(argument);
 }
 
+template <typename T>
+JournalValue numberBehind(unsigned long argument) {
+    if (!argument) return false;
+    T number{};
+    std::memcpy(&number, addressOf(argument), sizeof number);
+    return std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>{number};
+}
+
 // Adds what the command says with its arguments: the number behind an address, whether there is an address to write to,
 // or the argument itself where it means nothing.
 void recordCommand(internal::Recorded& call, unsigned long command, unsigned long argument1, unsigned long argument2,
                    unsigned long argument3) {
-    const auto behind = [&call](std::string_view name, unsigned long argument, auto number) {
-        if (argument) std::memcpy(&number, addressOf(argument), sizeof number);
-        argument ? call.with(name, number) : call.with(name, false);
-    };
     if (command == NSCam::CMD_GET_OTP_INFO) {
-        behind("argument1", argument1, std::int32_t{});
+        call.with("argument1", [&] { return numberBehind<std::int32_t>(argument1); });
         call.with("argument2", argument2 != 0).with("argument3", argument3);
     } else if (command == NSCam::CMD_GET_ROLLING_SHUTTER) {
-        behind("argument1", argument1, std::uint32_t{});
+        call.with("argument1", [&] { return numberBehind<std::uint32_t>(argument1); });
         call.with("argument2", argument2);
-        behind("argument3", argument3, std::uint32_t{});
+        call.with("argument3", [&] { return numberBehind<std::uint32_t>(argument3); });
     } else {
         call.with("argument1", argument1).with("argument2", argument2).with("argument3", argument3);
     }

@@ -26,7 +26,8 @@ public:
     Recorded(const Recorded&) = delete;
     Recorded& operator=(const Recorded&) = delete;
 
-    // Adds an argument. A lost one is no reason to fail the operation.
+    // Adds an argument, or what a function gives that is called only for a journal. A lost one is no reason to fail the
+    // operation.
     template <typename T>
     Recorded& with(std::string_view name, const T& value) noexcept try {
         if (mOn) mEntry.fields.emplace_back(name, valueOf(value));

@@ -12,6 +12,7 @@
 #include "platform/OtpData.h"
 #include "platform/Properties.h"
 #include "platform/ULogger.h"
+#include "platform/host/Journal.h"
 #include "tests/support/Scene.h"
 
 namespace {
@@ -202,6 +203,28 @@ TEST_F(Host, PartsCanBeMissing) {
     EXPECT_EQ(NSCam::Utils::Properties::property_get_int32("a", 1), 1);
     EXPECT_NE(TarvoOTPData::getInstance(), nullptr);
     EXPECT_NE(CustomerData::getInstance(), nullptr);
+}
+
+TEST_F(Host, TheJournalHoldsWhatEndedWhileItWasOn) {
+    const auto provider = SensorProvider::createInstance("user");
+    EXPECT_THAT(host::takeJournal(), IsEmpty());
+    host::setJournal(true);
+    host::setFailures({.throwing = {host::Operation::kEnableSensor}});
+    EXPECT_THROW(provider->enableSensor(kType, 9), std::runtime_error);
+    host::setFailures({});
+    std::async(std::launch::async, [&] { EXPECT_TRUE(provider->enableSensor(kType, 3)); }).get();
+    const auto journal = host::takeJournal();
+    ASSERT_EQ(journal.size(), 2U);
+    EXPECT_EQ(host::nameOf(journal[0].operation), "SensorProvider::enableSensor");
+    using Field = decltype(host::JournalEntry::fields)::value_type;
+    const Field user = {"user", "user"};
+    const Field type = {"type", std::int64_t{5}};
+    EXPECT_THAT(journal[0].fields, ElementsAre(user, type, Field("interval", std::uint64_t{9}), Field("threw", true)));
+    EXPECT_THAT(journal[1].fields, ElementsAre(user, type, Field("interval", std::uint64_t{3}), Field("result", true)));
+    provider->disableSensor(kType);
+    host::reset();
+    provider->disableSensor(kType);
+    EXPECT_THAT(host::takeJournal(), IsEmpty());
 }
 
 // A hook that throws leaves the operation undone and every lock free, for other threads too.

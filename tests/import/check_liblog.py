@@ -56,7 +56,9 @@ def check_form(form):
         if not set(modifiers) & set(NOT_OURS):
             ours = "".join(forms.lines_of(records, form, modifiers))
             assert ours == text, (modifiers, ours[:300], text[:300])
-        assert session_of(text) == brief, (form, modifiers)
+        # What we write ourselves, with one modifier or none, is imported in the other tests of captures.
+        if len(modifiers) != 1 or set(modifiers) & set(NOT_OURS):
+            assert session_of(text) == brief, (form, modifiers)
 
 
 def check_play():

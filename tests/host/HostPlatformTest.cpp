@@ -205,6 +205,20 @@ TEST_F(Host, PartsCanBeMissing) {
     EXPECT_NE(CustomerData::getInstance(), nullptr);
 }
 
+std::string listed(const host::JournalEntry& entry) {
+    std::string text(host::nameOf(entry.operation));
+    for (const auto& [name, value] : entry.fields) {
+        text.append(" ").append(name).append(":");
+        std::visit(
+            [&text](const auto& its) {
+                if constexpr (requires { std::to_string(its); }) text += std::to_string(its);
+                if constexpr (std::is_same_v<decltype(its), const std::string&>) text += its;
+            },
+            value);
+    }
+    return text;
+}
+
 TEST_F(Host, TheJournalHoldsWhatEndedWhileItWasOn) {
     const auto provider = SensorProvider::createInstance("user");
     EXPECT_THAT(host::takeJournal(), IsEmpty());
@@ -215,12 +229,8 @@ TEST_F(Host, TheJournalHoldsWhatEndedWhileItWasOn) {
     std::async(std::launch::async, [&] { EXPECT_TRUE(provider->enableSensor(kType, 3)); }).get();
     const auto journal = host::takeJournal();
     ASSERT_EQ(journal.size(), 2U);
-    EXPECT_EQ(host::nameOf(journal[0].operation), "SensorProvider::enableSensor");
-    using Field = decltype(host::JournalEntry::fields)::value_type;
-    const Field user = {"user", "user"};
-    const Field type = {"type", std::int64_t{5}};
-    EXPECT_THAT(journal[0].fields, ElementsAre(user, type, Field("interval", std::uint64_t{9}), Field("threw", true)));
-    EXPECT_THAT(journal[1].fields, ElementsAre(user, type, Field("interval", std::uint64_t{3}), Field("result", true)));
+    EXPECT_EQ(listed(journal[0]), "SensorProvider::enableSensor user:user type:5 interval:9 threw:1");
+    EXPECT_EQ(listed(journal[1]), "SensorProvider::enableSensor user:user type:5 interval:3 result:1");
     provider->disableSensor(kType);
     host::reset();
     provider->disableSensor(kType);

@@ -25,11 +25,11 @@
 namespace replay {
 namespace {
 
-constexpr const char* kExamples = R"(Examples:
+constexpr const char* kAccuracyExamples = R"(Examples:
   lsc_replay accuracy session.jsonl                           compared with the session's samples
   lsc_replay accuracy --truth path.csv session.jsonl          compared with a path: columns time_ns, x, y)";
 
-struct Arguments {
+struct AccuracyArguments {
     std::string session;
     std::string truth;  // empty: none
     double stampDelayUs = 0;
@@ -56,7 +56,7 @@ LensPath readTruth(const std::string& path) {
 }
 
 // The sensor asked for; without one, that with the lowest id.
-std::int32_t sensorIn(const Recording& recording, const Arguments& arguments) {
+std::int32_t sensorIn(const Recording& recording, const AccuracyArguments& arguments) {
     const auto& sensors = recording.sensors();
     if (sensors.empty()) throw StreamError("no accuracy: the session has neither samples nor frames");
     const std::int32_t sensor = arguments.sensor.value_or(sensors.begin()->first);
@@ -64,7 +64,7 @@ std::int32_t sensorIn(const Recording& recording, const Arguments& arguments) {
     return sensor;
 }
 
-Findings playInMode(std::int32_t mode, const Arguments& arguments) {
+Findings playInMode(std::int32_t mode, const AccuracyArguments& arguments) {
     std::ifstream session = openInput(arguments.session);
     Recording recording;
     PlayOptions options;
@@ -107,7 +107,7 @@ void printRow(const std::string& label, const Accuracy& of) {
 
 constexpr std::array<const char*, 4> kModeNames{"mean", "largest", "middle", "last"};
 
-void printTable(const std::vector<Findings>& modes, const Arguments& arguments) {
+void printTable(const std::vector<Findings>& modes, const AccuracyArguments& arguments) {
     const std::string path = arguments.truth.empty() ? "the hall samples" : arguments.truth;
     std::cout << fmt::format("sensor {}: {} positions, compared with {}\n\n", modes[0].sensor, modes[0].served, path)
               << fmt::format("{:<19}  {:<23}  {:<23}  {:<23}{:>9}{:>10}\n", "", "rms", "95 %", "worst", "lag", "rms")
@@ -141,7 +141,7 @@ void printClasses(const std::vector<Findings>& modes) {
     std::cout << '\n';
 }
 
-void showAccuracy(const Arguments& arguments) {
+void showAccuracy(const AccuracyArguments& arguments) {
     std::vector<Apart> processes;
     for (std::int32_t mode = lsc::kMean; lsc::isReduction(mode); ++mode)
         processes.emplace_back([mode, &arguments] { return bytesOf(playInMode(mode, arguments)); });
@@ -156,10 +156,10 @@ void showAccuracy(const Arguments& arguments) {
 }  // namespace
 
 void addAccuracyCommand(CLI::App& app) {
-    const auto arguments = std::make_shared<Arguments>();  // lives as long as the callback
+    const auto arguments = std::make_shared<AccuracyArguments>();  // lives as long as the callback
     CLI::App* const command =
         app.add_subcommand("accuracy", "Says how far the positions are from where the lens was, in every mode.");
-    command->footer(kExamples);
+    command->footer(kAccuracyExamples);
     command->add_option("SESSION", arguments->session, "Session file, one JSON object a line")->required();
     command->add_option("--truth", arguments->truth, "Path of the lens to compare with, instead of the samples")
         ->type_name("FILE");

@@ -9,78 +9,14 @@
 #include <chrono>
 #include <cstdlib>
 #include <deque>
-#include <memory>
 #include <mutex>
 #include <vector>
 
-#include "aaa/aaa/lsc/ShadingCustomUtil.h"
-#include "platform/Metadata.h"
-#include "platform/host/Host.h"
+#include "bench/Stream.h"
 
 namespace {
 
-using NSCam::Utils::SensorData;
-using Samples = std::vector<SensorData>;
-
-constexpr int kSensor = 0;
-constexpr auto kHallType = static_cast<NSCam::Utils::eSensorType>(5);
-constexpr unsigned int kMode = 0;
-constexpr std::int64_t kFrameNs = 16'666'667;
-constexpr int kBufferedFrames = 30;
-// Short enough that the 100 samples of a query span exposure and readout at every rate.
-constexpr std::uint64_t kExposureNs = 1'000'000;
-constexpr std::uint32_t kReadoutNs = 2'500'000;
-
-// Samples of frame `number`, evenly spread over it.
-Samples samplesOf(std::int64_t number, std::int64_t perFrame) {
-    Samples samples(static_cast<std::size_t>(perFrame));
-    for (std::int64_t k = 0; k < perFrame; ++k) {
-        SensorData& sample = samples[static_cast<std::size_t>(k)];
-        sample.timestamp = number * kFrameNs + k * kFrameNs / perFrame;
-        sample.oisX = static_cast<float>(k % 100);
-        sample.oisY = -sample.oisX;
-    }
-    return samples;
-}
-
-// Start of a frame that is asked for two frames later.
-std::int64_t askedSof(std::int64_t newest) {
-    return (newest - 1) * kFrameNs;
-}
-
-host::Sensor calibratedSensor() {
-    host::Sensor sensor;
-    sensor.otpLayout = {0, 8, 0, 1, 2, 16, 4, 8, 1, 2, 1};
-    sensor.otp = std::vector<std::uint8_t>(20, 1);
-    sensor.rollingShutter = {{kMode, kReadoutNs}};
-    return sensor;
-}
-
-// A running monitor with 30 frames buffered; returns the number of the next frame.
-std::int64_t startStream(std::int64_t perFrame) {
-    host::reset();
-    host::setSensor(kSensor, calibratedSensor());
-    CustomShadingUtil::UnRegisterSensorMonitor(kSensor);
-    CustomShadingUtil::RegisterAndStartSensorMonitor(kSensor, static_cast<unsigned int>(kHallType));
-    CustomShadingUtil::StoreRollingShutter(kSensor, kMode);
-    std::int64_t frame = 1;
-    for (; frame <= kBufferedFrames; ++frame) {
-        host::deliverSamples(kHallType, samplesOf(frame, perFrame));
-        CustomShadingUtil::UpdateSensorData(kSensor, static_cast<unsigned int>(frame), 1);
-    }
-    return frame;
-}
-
-NSCam::IMetadata metadataOf(std::int64_t sof) {
-    auto block = std::make_shared<std::vector<std::uint8_t>>(4712);
-    for (std::size_t i = 0; i < sizeof kExposureNs; ++i) {
-        (*block)[4592 + i] = static_cast<std::uint8_t>(kExposureNs >> (8 * i));
-    }
-    NSCam::IMetadata metadata;
-    host::setMetadataEntry(metadata, 0xC0030000, NSCam::IMetadata::Memory(block));
-    host::setMetadataEntry(metadata, 0xC0010017, std::vector<std::int64_t>{sof});
-    return metadata;
-}
+using namespace bench;
 
 void Frame_UpdateAndFill(benchmark::State& state) {
     std::int64_t frame = startStream(state.range(0));

@@ -27,11 +27,11 @@
 namespace replay {
 namespace {
 
-constexpr const char* kExamples = R"(Examples:
+constexpr const char* kAccuracyExamples = R"(Examples:
   lsc_replay accuracy session.jsonl                           compared with the session's samples
   lsc_replay accuracy --truth path.csv session.jsonl          compared with a path: columns time_ns, x, y)";
 
-struct Arguments {
+struct AccuracyArguments {
     std::string session;
     std::string truth;  // empty: none
     std::string html;   // empty: none
@@ -59,7 +59,7 @@ LensPath readTruth(const std::string& path) {
 }
 
 // The sensor asked for; without one, that with the lowest id.
-std::int32_t sensorIn(const Recording& recording, const Arguments& arguments) {
+std::int32_t sensorIn(const Recording& recording, const AccuracyArguments& arguments) {
     const auto& sensors = recording.sensors();
     if (sensors.empty()) throw StreamError("no accuracy: the session has neither samples nor frames");
     const std::int32_t sensor = arguments.sensor.value_or(sensors.begin()->first);
@@ -76,7 +76,7 @@ void record(const std::string& path, const std::vector<Observer*>& observers, st
     play(session, options);
 }
 
-Findings playInMode(std::int32_t mode, const Arguments& arguments) {
+Findings playInMode(std::int32_t mode, const AccuracyArguments& arguments) {
     Recording recording;
     record(arguments.session, {&recording}, mode);
     recording.finish();
@@ -114,7 +114,7 @@ void printRow(std::ostream& out, const std::string& label, const Accuracy& of) {
 
 constexpr std::array<const char*, 4> kModeNames{"mean", "largest", "middle", "last"};
 
-void printTable(std::ostream& out, const std::vector<Findings>& modes, const Arguments& arguments) {
+void printTable(std::ostream& out, const std::vector<Findings>& modes, const AccuracyArguments& arguments) {
     const std::string path = arguments.truth.empty() ? "the hall samples" : arguments.truth;
     out << fmt::format("sensor {}: {} positions, compared with {}\n\n", modes[0].sensor, modes[0].served, path)
         << fmt::format("{:<19}  {:<23}  {:<23}  {:<23}{:>9}{:>10}\n", "", "rms", "95 %", "worst", "lag", "rms")
@@ -149,7 +149,7 @@ void printClasses(std::ostream& out, const std::vector<Findings>& modes) {
 }
 
 // Plays the session once more, as it is.
-void writePageTo(std::ostream& file, const Arguments& arguments, const std::string& tables) {
+void writePageTo(std::ostream& file, const AccuracyArguments& arguments, const std::string& tables) {
     std::ostringstream unused;  // what differs from a device stands on the page
     Comparison comparison(unused);
     Statistics statistics;
@@ -160,7 +160,7 @@ void writePageTo(std::ostream& file, const Arguments& arguments, const std::stri
     finish(file, arguments.html);
 }
 
-void showAccuracy(const Arguments& arguments) {
+void showAccuracy(const AccuracyArguments& arguments) {
     std::ofstream page = openOutput(arguments.html, arguments.session);
     std::vector<Apart> processes;
     for (std::int32_t mode = lsc::kMean; lsc::isReduction(mode); ++mode)
@@ -178,10 +178,10 @@ void showAccuracy(const Arguments& arguments) {
 }  // namespace
 
 void addAccuracyCommand(CLI::App& app) {
-    const auto arguments = std::make_shared<Arguments>();  // lives as long as the callback
+    const auto arguments = std::make_shared<AccuracyArguments>();  // lives as long as the callback
     CLI::App* const command =
         app.add_subcommand("accuracy", "Says how far the positions are from where the lens was, in every mode.");
-    command->footer(kExamples);
+    command->footer(kAccuracyExamples);
     command->add_option("SESSION", arguments->session, "Session file, one JSON object a line")->required();
     command->add_option("--truth", arguments->truth, "Path of the lens to compare with, instead of the samples")
         ->type_name("FILE");

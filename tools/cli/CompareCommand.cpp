@@ -17,12 +17,12 @@
 namespace replay {
 namespace {
 
-constexpr const char* kExamples = R"(Examples:
+constexpr const char* kCompareExamples = R"(Examples:
   lsc_replay compare before.jsonl after.jsonl                 two sessions, both played
   lsc_replay --csv before.csv session.jsonl                   the build before a change
   lsc_replay compare before.csv session.jsonl                 the build after it)";
 
-struct Arguments {
+struct CompareArguments {
     std::string before;
     std::string after;
 };
@@ -55,7 +55,7 @@ std::vector<ExposureRow> readRows(const std::string& text, const std::string& pa
     return readExposures(rows, path);
 }
 
-bool compare(const Arguments& arguments) {
+bool compare(const CompareArguments& arguments) {
     // The library of a process keeps what the first session leaves.
     Apart before([&arguments] { return rowsOf(arguments.before); });
     Apart after([&arguments] { return rowsOf(arguments.after); });
@@ -69,9 +69,9 @@ bool compare(const Arguments& arguments) {
 }  // namespace
 
 void addCompareCommand(CLI::App& app, bool& alike) {
-    const auto arguments = std::make_shared<Arguments>();  // lives as long as the callback
+    const auto arguments = std::make_shared<CompareArguments>();  // lives as long as the callback
     CLI::App* const command = app.add_subcommand("compare", "Says how the exposures of two sessions differ.");
-    command->footer(kExamples);
+    command->footer(kCompareExamples);
     command->add_option("BEFORE", arguments->before, "Session, or a file that --csv wrote")->required();
     command->add_option("AFTER", arguments->after, "The same")->required();
     command->callback([arguments, &alike] { alike = compare(*arguments); });

@@ -12,6 +12,7 @@
 #include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Scene.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
@@ -245,16 +246,17 @@ TEST_F(Stress, ASlowProviderDelaysOthersButHoldsNobodyForEver) {
     fetching.get_future().wait();
 
     // What needs a monitor waits; what does not, does not.
-    auto waiting =
-        std::async(std::launch::async, [] { return CustomShadingUtil::RegisterAndStartSensorMonitor(1, 6); });
+    bool started = false;
+    auto waiting = test::startUntilItWaits([&] { started = CustomShadingUtil::RegisterAndStartSensorMonitor(1, 6); });
     EXPECT_TRUE(CustomShadingUtil::IsSupportFeature(2, 1));
     int index = 0;
     CustomShadingUtil::GetMultiTableIndex(index, 2);
     EXPECT_EQ(index, 2);
-    EXPECT_EQ(waiting.wait_for(50ms), std::future_status::timeout);
+    EXPECT_EQ(waiting.wait_for(0ms), std::future_status::timeout);
     release.set_value();
     slow.get();
-    EXPECT_TRUE(waiting.get());
+    waiting.get();
+    EXPECT_TRUE(started);
     host::setHook(nullptr);
     CustomShadingUtil::UnRegisterSensorMonitor(0);
     CustomShadingUtil::UnRegisterSensorMonitor(1);

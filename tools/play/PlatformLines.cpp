@@ -140,7 +140,7 @@ Setting readMetadataAccess(ObjectReader& line) {
 }
 
 Setting readBurst(ObjectReader& line) {
-    constexpr std::uint64_t kMaxRuns = 100;
+    constexpr std::uint64_t kMaxRuns = 16;
     const auto runs = integerBits(line.get("runs"), line.at("runs"), 0, kMaxRuns);
     return [runs](PlayState& state) { state.library().failures().burstRuns = narrow<int>(runs); };
 }

@@ -140,7 +140,7 @@ void waitForProvider(Clock::duration length, int blockedMs, const char* scene) {
     }
     fetcher.join();
     host::setHook(nullptr);
-    print(scene, "StoreRollingShutter of another sensor", waits);
+    print(scene, "StoreRollingShutter", waits);
 }
 
 }  // namespace
@@ -150,6 +150,6 @@ int main(int argc, char** argv) {
     playAlone(length);
     playTogether(length, 0, "two sensors, 20 askers");
     playTogether(length, 1, "the same, the provider blocks 1 ms");
-    waitForProvider(length, 1, "the provider blocks 1 ms");
-    waitForProvider(length, 30, "the provider blocks 30 ms");
+    waitForProvider(length, 1, "another sensor's provider blocks 1 ms");
+    waitForProvider(length, 30, "another sensor's provider blocks 30 ms");
 }

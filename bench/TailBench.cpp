@@ -103,13 +103,13 @@ void playTogether(Clock::duration length, int blockedMs, const char* scene) {
     Camera second(1);
     blockProvider(std::chrono::milliseconds(blockedMs));
     const auto end = Clock::now() + length;
-    {
-        std::vector<std::jthread> threads;
-        for (Camera* const camera : {&first, &second})
-            threads.emplace_back([camera, end] { camera->run(end); });
-        for (int i = 0; i < kAskers; ++i)
-            threads.emplace_back(askAtRate, end);
-    }
+    std::vector<std::thread> threads;
+    for (Camera* const camera : {&first, &second})
+        threads.emplace_back([camera, end] { camera->run(end); });
+    for (int i = 0; i < kAskers; ++i)
+        threads.emplace_back(askAtRate, end);
+    for (std::thread& thread : threads)
+        thread.join();
     host::setHook(nullptr);
     first.updates.insert(first.updates.end(), second.updates.begin(), second.updates.end());
     first.fills.insert(first.fills.end(), second.fills.begin(), second.fills.end());
@@ -126,7 +126,7 @@ void waitForProvider(Clock::duration length, int blockedMs, const char* scene) {
     startMonitor(kPerFrame, 0, kHallType);
     blockProvider(std::chrono::milliseconds(blockedMs));
     const auto end = Clock::now() + length;
-    std::jthread fetcher([end, kFetchTime] {
+    std::thread fetcher([=] {
         std::int64_t frame = kBufferedFrames + 1;
         for (auto next = Clock::now(); next < end; next += kFetchTime) {
             std::this_thread::sleep_until(next);

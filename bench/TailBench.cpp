@@ -103,13 +103,13 @@ void playTogether(Clock::duration length, int blockedMs, const char* scene) {
     Camera second(1);
     blockProvider(std::chrono::milliseconds(blockedMs));
     const auto end = Clock::now() + length;
-    {
-        std::vector<std::jthread> threads;
-        for (Camera* const camera : {&first, &second})
-            threads.emplace_back([camera, end] { camera->run(end); });
-        for (int i = 0; i < kAskers; ++i)
-            threads.emplace_back(askAtRate, end);
-    }
+    std::vector<std::thread> threads;
+    for (Camera* const camera : {&first, &second})
+        threads.emplace_back([camera, end] { camera->run(end); });
+    for (int i = 0; i < kAskers; ++i)
+        threads.emplace_back(askAtRate, end);
+    for (std::thread& thread : threads)
+        thread.join();
     host::setHook(nullptr);
     first.updates.insert(first.updates.end(), second.updates.begin(), second.updates.end());
     first.fills.insert(first.fills.end(), second.fills.begin(), second.fills.end());
@@ -126,7 +126,7 @@ void waitForProvider(Clock::duration length, int blockedMs, const char* scene) {
     startMonitor(kPerFrame, 0, kHallType);
     blockProvider(std::chrono::milliseconds(blockedMs));
     const auto end = Clock::now() + length;
-    std::jthread fetcher([end, kFetchTime] {
+    std::thread fetcher([=] {
         std::int64_t frame = kBufferedFrames + 1;
         for (auto next = Clock::now(); next < end; next += kFetchTime) {
             std::this_thread::sleep_until(next);
@@ -140,7 +140,7 @@ void waitForProvider(Clock::duration length, int blockedMs, const char* scene) {
     }
     fetcher.join();
     host::setHook(nullptr);
-    print(scene, "StoreRollingShutter of another sensor", waits);
+    print(scene, "StoreRollingShutter", waits);
 }
 
 }  // namespace
@@ -150,6 +150,6 @@ int main(int argc, char** argv) {
     playAlone(length);
     playTogether(length, 0, "two sensors, 20 askers");
     playTogether(length, 1, "the same, the provider blocks 1 ms");
-    waitForProvider(length, 1, "the provider blocks 1 ms");
-    waitForProvider(length, 30, "the provider blocks 30 ms");
+    waitForProvider(length, 1, "another sensor's provider blocks 1 ms");
+    waitForProvider(length, 30, "another sensor's provider blocks 30 ms");
 }

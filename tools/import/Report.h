@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/import/CaptureReader.h"
@@ -15,7 +16,7 @@ public:
     // Something at this line of the capture is uncertain.
     void notice(std::size_t line, const std::string& text);
     // Something about the capture as a whole is; `text` says what to do.
-    void general(std::string text) { mGeneral.push_back(std::move(text)); }
+    void general(std::string_view text) { mGeneral.emplace_back(text); }
 
     // Notices of both kinds.
     std::size_t notices() const { return mNotices + mGeneral.size(); }

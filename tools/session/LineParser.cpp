@@ -1,6 +1,7 @@
 #include "tools/session/LineParser.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <span>

@@ -28,7 +28,8 @@ bool SessionReader::readLine() {
         const bool ended = mInput.good();
         mText.append(mPart.data(), ended ? got - 1 : got);
         if (mText.size() > kMaxLineSize) throw LineError(fmt::format("longer than {} bytes", kMaxLineSize));
-        if (ended || mInput.eof() || mInput.bad()) return got > 0 || !mText.empty();
+        if (mInput.bad()) return false;
+        if (ended || mInput.eof()) return got > 0 || !mText.empty();
         mInput.clear();  // the line has more parts
     }
 }

@@ -4,7 +4,7 @@
 # build/fuzz.
 #
 #   scripts/fuzz.sh [SECONDS]
-#   scripts/fuzz.sh --merge     puts what was reached beyond the seeds into them, as few inputs as possible
+#   scripts/fuzz.sh --merge     puts what was reached beyond the seeds into them: as few inputs as possible, and short ones
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=build/fuzz
@@ -18,7 +18,7 @@ if [ "${1:-}" = --merge ]; then
         old=$build/seeds.$target
         rm -rf "$old" && mkdir -p fuzz/seeds/"$target" "$build/corpus/$target" && mv fuzz/seeds/"$target" "$old"
         mkdir fuzz/seeds/"$target"
-        "$build/fuzz/fuzz_$target" -max_len=4096 -set_cover_merge=1 fuzz/seeds/"$target" "$old" "$build/corpus/$target" \
+        "$build/fuzz/fuzz_$target" -max_len=700 -set_cover_merge=1 fuzz/seeds/"$target" "$old" "$build/corpus/$target" \
             >"$build/merge.log" 2>&1 || { tail -n 40 "$build/merge.log"; exit 1; }
         [ "$target" != import ] || cp -n "$old"/*.* fuzz/seeds/import  # named captures stay
         echo "$target: $(find fuzz/seeds/"$target" -type f | wc -l) seeds."

@@ -2,6 +2,7 @@
 // step of a file failing in turn, once or from there on. Whatever fails: no exception; result, outputs and state are
 // all as they were or all complete; no message but those of the full work and of the failure; no lock, sensor object or
 // file kept; and the same call succeeds afterwards. Leaks of memory are the address sanitizer's to find.
+// One piece: the state that calls start from, the calls, and what a call is judged by name each other's parts.
 #include <gmock/gmock.h>
 
 #include <algorithm>

@@ -37,7 +37,7 @@ class Stage:
     slow: bool = False
 
 
-UNIT_TESTS = Stage(("lsc_host_tests", "lsc_unit_tests"), "unit")
+UNIT_TESTS = Stage(("lsc_host_tests", "lsc_unit_tests", "lsc_exhaustive_tests"), "unit")
 API_TESTS = Stage(("lsc_api_tests",), "api")
 SESSIONS = Stage(("lsc_replay",), "session")
 THREADS = Stage(("lsc_unit_tests", "lsc_api_tests"), "unit|api", "tsan")

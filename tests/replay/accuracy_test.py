@@ -57,7 +57,12 @@ class Accuracy(ToolTest):
                 self.assertAlmostEqual(float(row["error_" + axis]), float(row[axis]) - place, delta=0.002)
 
     def test_the_example_against_its_true_path(self):
-        found = self.figures("--truth", TRUTH, HANDHELD)
+        found = self.figures("--summary", "summary.json", "--truth", TRUTH, HANDHELD)
+        accuracy = json.loads((self.folder / "summary.json").read_text())["accuracy"]
+        for row, figures in zip(list(found.values())[:5], [*accuracy["modes"], accuracy["weighted"]], strict=True):
+            sizes = [figures[size][axis] for size in ("rms", "p95", "max") for axis in ("x", "y", "both")]
+            sizes = [f"{size:.3f}" for size in sizes] + [f"{figures['lag_us']:.0f}", f"{figures['rms_without_lag']:.3f}"]
+            self.assertEqual(row, [figures["exposures"], *map(float, sizes)])
         both = {mode: (row[0], row[3]) for mode, row in list(found.items())[:5]}
         self.assertEqual(both, {"mean": (683, 0.803), "largest": (683, 1.281), "middle": (683, 0.817),
                                 "last": (683, 0.577), "weighted": (682, 0.037)})

@@ -21,6 +21,7 @@
 #include "tools/play/Player.h"
 #include "tools/report/Accuracy.h"
 #include "tools/report/Page.h"
+#include "tools/report/SummaryJson.h"
 #include "tools/session/Csv.h"
 #include "tools/session/Errors.h"
 
@@ -33,8 +34,9 @@ constexpr const char* kAccuracyExamples = R"(Examples:
 
 struct AccuracyArguments {
     std::string session;
-    std::string truth;  // empty: none
-    std::string html;   // empty: none
+    std::string truth;    // empty: none
+    std::string html;     // empty: none
+    std::string summary;  // empty: none
     double stampDelayUs = 0;
     std::optional<std::int32_t> sensor;
 };
@@ -114,9 +116,13 @@ void printRow(std::ostream& out, const std::string& label, const Accuracy& of) {
 
 constexpr std::array<const char*, 4> kModeNames{"mean", "largest", "middle", "last"};
 
+std::string pathName(const AccuracyArguments& arguments) {
+    return arguments.truth.empty() ? "the hall samples" : arguments.truth;
+}
+
 void printTable(std::ostream& out, const std::vector<Findings>& modes, const AccuracyArguments& arguments) {
-    const std::string path = arguments.truth.empty() ? "the hall samples" : arguments.truth;
-    out << fmt::format("sensor {}: {} positions, compared with {}\n\n", modes[0].sensor, modes[0].served, path)
+    out << fmt::format("sensor {}: {} positions, compared with {}\n\n", modes[0].sensor, modes[0].served,
+                       pathName(arguments))
         << fmt::format("{:<19}  {:<23}  {:<23}  {:<23}{:>9}{:>10}\n", "", "rms", "95 %", "worst", "lag", "rms")
         << fmt::format("{:<9}{:>10}", "mode", "positions")
         << fmt::format("  {0:>7} {1:>7} {2:>7}  {0:>7} {1:>7} {2:>7}  {0:>7} {1:>7} {2:>7}", "x", "y", "both")
@@ -148,20 +154,36 @@ void printClasses(std::ostream& out, const std::vector<Findings>& modes) {
     out << '\n';
 }
 
+AccuracySummary summaryOf(const std::vector<Findings>& modes, const AccuracyArguments& arguments) {
+    AccuracySummary summary{modes[0].sensor, pathName(arguments), {}, {}};
+    for (const Findings& mode : modes)
+        summary.modes.push_back(mode.all);
+    if (!arguments.truth.empty()) summary.weighted = modes[0].samples;
+    return summary;
+}
+
 // Plays the session once more, as it is.
-void writePageTo(std::ostream& file, const AccuracyArguments& arguments, const std::string& tables) {
+void writeFiles(std::ostream& page, std::ostream& summary, const AccuracyArguments& arguments,
+                const std::vector<Findings>& modes, const std::string& tables) {
     std::ostringstream unused;  // what differs from a device stands on the page
     Comparison comparison(unused);
     Statistics statistics;
     Recording recording;
     record(arguments.session, {&comparison, &statistics, &recording}, std::nullopt);
     recording.finish();
-    writePage(file, {fileName(arguments.session), statistics, comparison, recording, {}, tables});
-    finish(file, arguments.html);
+    if (!arguments.html.empty()) {
+        writePage(page, {fileName(arguments.session), statistics, comparison, recording, {}, tables});
+        finish(page, arguments.html);
+    }
+    if (!arguments.summary.empty()) {
+        writeSummaryJson(summary, statistics, comparison, summaryOf(modes, arguments));
+        finish(summary, arguments.summary);
+    }
 }
 
 void showAccuracy(const AccuracyArguments& arguments) {
     std::ofstream page = openOutput(arguments.html, arguments.session);
+    std::ofstream summary = openOutput(arguments.summary, arguments.session);
     std::vector<Apart> processes;
     for (std::int32_t mode = lsc::kMean; lsc::isReduction(mode); ++mode)
         processes.emplace_back([mode, &arguments] { return bytesOf(playInMode(mode, arguments)); });
@@ -172,7 +194,7 @@ void showAccuracy(const AccuracyArguments& arguments) {
     printTable(tables, modes, arguments);
     printClasses(tables, modes);
     if (!(std::cout << tables.str()).flush()) throw StreamError("the table cannot be written");
-    if (page.is_open()) writePageTo(page, arguments, tables.str());
+    if (page.is_open() || summary.is_open()) writeFiles(page, summary, arguments, modes, tables.str());
 }
 
 }  // namespace
@@ -191,6 +213,8 @@ void addAccuracyCommand(CLI::App& app) {
     command
         ->add_option("--html", arguments->html,
                      "Write a page for a browser, with these figures and the session's others")
+        ->type_name("FILE");
+    command->add_option("--summary", arguments->summary, "Write these figures and the session's others, in JSON")
         ->type_name("FILE");
     command->add_option("--sensor", arguments->sensor, "Sensor to compare (default: the one with the lowest id)")
         ->type_name("ID");

@@ -2,7 +2,7 @@
 _lsc_replay() {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} options
     case ${COMP_WORDS[1]} in
-        accuracy) options="--help --truth --stamp-delay --html --sensor" ;;
+        accuracy) options="--help --truth --stamp-delay --html --summary --sensor" ;;
         compare) options="--help" ;;
         import) options="--help -o --output --pid --strict" ;;
         *) options="--help --version --results --log --plot --from --to --sensor --trace --html --csv --summary --check

@@ -1,5 +1,6 @@
 #include "tools/report/SummaryJson.h"
 
+#include "customer/aaa/aaa/lsc/OisSpan.h"
 #include "tools/report/Findings.h"
 #include "tools/session/JsonWriter.h"
 
@@ -76,15 +77,43 @@ void writeFindings(JsonWriter& json, const Statistics& statistics) {
     json.endList();
 }
 
+void writeAccuracy(JsonWriter& json, const Accuracy& of) {
+    json.beginObject().member("exposures", of.exposures);
+    const auto write = [&](std::string_view name, double ErrorSize::*size) {
+        json.key(name).beginObject().member("x", of.x.*size).member("y", of.y.*size);
+        json.member("both", of.both.*size).endObject();
+    };
+    write("rms", &ErrorSize::rms);
+    write("p95", &ErrorSize::most);
+    write("max", &ErrorSize::worst);
+    if (of.lag) {
+        json.member("lag_us", static_cast<double>(of.lag->ns) / lsc::kNsPerUs);  // far below 2^53
+        json.member("rms_without_lag", of.lag->restRms);
+    }
+    json.endObject();
+}
+
+void writeAccuracy(JsonWriter& json, const AccuracySummary& accuracy) {
+    json.key("accuracy").beginObject().member("sensor", accuracy.sensor).member("path", accuracy.path);
+    json.key("modes").beginList();
+    for (const Accuracy& mode : accuracy.modes)
+        writeAccuracy(json, mode);
+    json.endList();
+    if (accuracy.weighted) writeAccuracy(json.key("weighted"), *accuracy.weighted);
+    json.endObject();
+}
+
 }  // namespace
 
-void writeSummaryJson(std::ostream& out, const Statistics& statistics, const Comparison& comparison) {
+void writeSummaryJson(std::ostream& out, const Statistics& statistics, const Comparison& comparison,
+                      const std::optional<AccuracySummary>& accuracy) {
     JsonWriter json;
     json.beginObject().member("frames", statistics.frames()).key("sensors").beginList();
     for (const auto& [id, sensor] : statistics.sensors())
         writeSensor(json, id, sensor);
     json.endList();
     writeExpectations(json, comparison);
+    if (accuracy) writeAccuracy(json, *accuracy);
     writeFindings(json, statistics);
     out << json.endObject().text() << '\n';
 }

@@ -19,9 +19,6 @@ INVARIANT = "asserted after every change; nothing breaks it"
 EXCUSED = {
     "if (x.empty() || x.size() != y.size()) continue;":
         "a calculation gives both axes or none; the comparison guards the write all the same",
-    "if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && ftruncate(descriptor, 0) == 0) {":
-        "a file that was just opened can be looked at and emptied",
-    'if (File file{fdopen(descriptor, "w+")}) return file;': "a lack of memory below operator new is not made by the tests",
     "if (mEntries.size() > mMaxFrames || sampleCount() > kMaxBufferedSamples) return false;": INVARIANT,
     "if (samples.empty() || !std::is_sorted(samples.begin(), samples.end(), isEarlier)) return false;": INVARIANT,
     "if (older != nullptr && relationOf(*older, samples) != BatchRelation::kFollows) return false;": INVARIANT,

@@ -1,5 +1,6 @@
 #include "tools/session/SessionReader.h"
 
+#include <cerrno>
 #include <iterator>
 
 #include <fmt/format.h>
@@ -22,7 +23,10 @@ bool SessionReader::readLine() {
     mText.clear();
     ++mNumber;
     for (;;) {
+        errno = 0;
         mInput.getline(mPart.data(), std::ssize(mPart));
+        // libc++ takes an input error for the end of the file.
+        if (mInput.eof() && errno != 0) mInput.setstate(std::ios::badbit);
         const auto got = static_cast<std::size_t>(mInput.gcount());  // a count
         mBytes += got;
         const bool ended = mInput.good();

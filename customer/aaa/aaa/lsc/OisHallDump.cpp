@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <utility>
 
 namespace lsc {
 namespace {
@@ -27,8 +28,10 @@ File openFile(const char* path) noexcept {
     const int descriptor = open(path, kFlags, kMode);
     if (descriptor < 0) return nullptr;
     struct stat status = {};
-    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && ftruncate(descriptor, 0) == 0) {
-        if (File file{fdopen(descriptor, "w+")}) return file;
+    const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    // Emptied last: what stands there stays as long as anything can fail.
+    if (File file{regular ? fdopen(descriptor, "w+") : nullptr}) {
+        return ftruncate(descriptor, 0) == 0 ? std::move(file) : nullptr;
     }
     close(descriptor);
     return nullptr;

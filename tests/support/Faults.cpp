@@ -154,7 +154,8 @@ ssize_t writeStream(void* cookie, const char* data, std::size_t size) noexcept {
 }
 // A disk that fails at the end has lost what it had not written yet.
 int closeStream(void* cookie) noexcept {
-    const bool failed = fails(EIO) && truncate(descriptorOf(cookie), 1) == 0;
+    const bool failed = fails(EIO);
+    if (failed && lseek(descriptorOf(cookie), 0, SEEK_END) > 1) truncate(descriptorOf(cookie), 1);
     return close(descriptorOf(cookie)) != 0 || failed ? EOF : 0;
 }
 

@@ -8,5 +8,6 @@ target_compile_options(lsc_warnings INTERFACE
   $<$<BOOL:${LSC_WERROR}>:-Werror>)
 if(LSC_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC follows data through its own instrumentation and warns of what no source line does.
-  target_compile_options(lsc_warnings INTERFACE -Wno-maybe-uninitialized)
+  target_compile_options(lsc_warnings INTERFACE
+    -Wno-maybe-uninitialized -Wno-array-bounds -Wno-stringop-overflow -Wno-restrict)
 endif()

@@ -67,6 +67,7 @@ class Compare(GateTest):
         rows = (self.folder / "rows.csv").read_text().splitlines()
         self.write("short.csv", "\n".join([rows[0], rows[1][:9]]))
         self.assertIn("bad.jsonl:1: expected", self.replay("compare", HANDHELD, "bad.jsonl", status=2))
+        self.assertIn("nope.csv: No such file", self.replay("compare", HANDHELD, "nope.csv", status=2))
         self.assertIn("short.csv:2: expected 14 values", self.replay("compare", "short.csv", HANDHELD, status=2))
 
 

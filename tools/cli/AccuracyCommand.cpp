@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -120,9 +121,14 @@ std::string pathName(const AccuracyArguments& arguments) {
     return arguments.truth.empty() ? "the hall samples" : arguments.truth;
 }
 
+std::string delayText(const AccuracyArguments& arguments) {
+    if (arguments.stampDelayUs == 0) return {};
+    return fmt::format("; the samples' time stamps are taken to be {} us late", arguments.stampDelayUs);
+}
+
 void printTable(std::ostream& out, const std::vector<Findings>& modes, const AccuracyArguments& arguments) {
-    out << fmt::format("sensor {}: {} positions, compared with {}\n\n", modes[0].sensor, modes[0].served,
-                       pathName(arguments))
+    out << fmt::format("sensor {}: {} positions, compared with {}{}\n\n", modes[0].sensor, modes[0].served,
+                       pathName(arguments), delayText(arguments))
         << fmt::format("{:<19}  {:<23}  {:<23}  {:<23}{:>9}{:>10}\n", "", "rms", "95 %", "worst", "lag", "rms")
         << fmt::format("{:<9}{:>10}", "mode", "positions")
         << fmt::format("  {0:>7} {1:>7} {2:>7}  {0:>7} {1:>7} {2:>7}  {0:>7} {1:>7} {2:>7}", "x", "y", "both")
@@ -182,6 +188,7 @@ void writeFiles(std::ostream& page, std::ostream& summary, const AccuracyArgumen
 }
 
 void showAccuracy(const AccuracyArguments& arguments) {
+    if (!std::isfinite(arguments.stampDelayUs)) throw std::invalid_argument("--stamp-delay must be a number");
     std::ofstream page = openOutput(arguments.html, arguments.session);
     std::ofstream summary = openOutput(arguments.summary, arguments.session);
     std::vector<Apart> processes;
@@ -190,6 +197,13 @@ void showAccuracy(const AccuracyArguments& arguments) {
     std::vector<Findings> modes;
     for (Apart& process : processes)
         modes.push_back(findingsIn(process.take()));
+    if (modes[0].served == 0) throw StreamError(fmt::format("no accuracy: sensor {} has no position", modes[0].sensor));
+    if (modes[0].all.exposures == 0) {
+        throw StreamError(
+            fmt::format("no accuracy: {} covers none of the {} exposures; times are in ns, on the clock of "
+                        "the frames",
+                        pathName(arguments), modes[0].served));
+    }
     std::ostringstream tables;
     printTable(tables, modes, arguments);
     printClasses(tables, modes);

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -74,7 +75,17 @@ void addCompareCommand(CLI::App& app, bool& alike) {
     command->footer(kCompareExamples);
     command->add_option("BEFORE", arguments->before, "Session, or a file that --csv wrote")->required();
     command->add_option("AFTER", arguments->after, "The same")->required();
-    command->callback([arguments, &alike] { alike = compare(*arguments); });
+    command->callback([arguments, &alike] {
+        // Found before they are compared, so that it cannot be taken for a difference.
+        for (const std::string& path : {arguments->before, arguments->after}) {
+            try {
+                openInput(path);
+            } catch (const StreamError& error) {
+                throw std::invalid_argument(error.what());
+            }
+        }
+        alike = compare(*arguments);
+    });
 }
 
 }  // namespace replay

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
@@ -36,6 +37,7 @@ inline void refuseSession(const std::string& path, const std::string& session) {
 // A file to write, or a closed one without a path. Throws StreamError when it cannot be opened or is the session.
 inline std::ofstream openOutput(const std::string& path, const std::string& session) {
     if (path.empty()) return {};
+    if (path == "-") throw std::invalid_argument("only --results can go to standard output");
     refuseSession(path, session);
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     if (!file) failOpening(path);

@@ -78,6 +78,14 @@ private:
     const std::string none =
         "no message of the library in this file; record with logcat -v threadtime, and set the properties "
         "that docs/workbench.md names";
+    if (!facts.otherProcesses.empty()) {
+        std::string processes;
+        for (const auto& [pid, lines] : facts.otherProcesses)
+            processes += (processes.empty() ? "" : ", ") + std::to_string(pid);
+        throw SessionError(
+            name, std::max<std::size_t>(facts.lines, 1),
+            "no message of the library from the process that --pid names; there are some from " + processes);
+    }
     throw SessionError(name, std::max<std::size_t>(facts.lines, 1), facts.bareLines != 0 ? form : none);
 }
 

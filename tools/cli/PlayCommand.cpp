@@ -305,6 +305,7 @@ bool runPlay(const PlayArguments& arguments) {
         out << '\n';
         views.costs.print(out);
     }
+    if (arguments.log && !std::cerr.flush()) throw StreamError("the log cannot be written");
     return passesCheck(arguments, views.comparison);
 }
 

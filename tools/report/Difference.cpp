@@ -105,9 +105,11 @@ Difference compareExposures(const std::vector<ExposureRow>& before, const std::v
         ++difference.before.unmatched;
         note(difference, row, resultOf(row), "not asked for");
     }
-    for (const auto& [key, row] : others) {
+    Keys keysLeft;  // in the order of the rows
+    for (const ExposureRow& row : after) {
+        if (!others.contains(keysLeft.of(row))) continue;
         ++difference.after.unmatched;
-        note(difference, *row, "not asked for", resultOf(*row));
+        note(difference, row, "not asked for", resultOf(row));
     }
     std::ranges::sort(difference.distances);
     return difference;

@@ -41,6 +41,14 @@ protected:
     }
 };
 
+// Before any set-up, in a process of its own.
+TEST(HostAtStart, HasAllItsParts) {
+    EXPECT_NE(NSCam::IHalSensorList::get(), nullptr);
+    EXPECT_NE(SensorProvider::createInstance("user"), nullptr);
+    EXPECT_NE(TarvoOTPData::getInstance(), nullptr);
+    EXPECT_NE(CustomerData::getInstance(), nullptr);
+}
+
 TEST_F(Host, ProvidersHandOverEachSampleOnce) {
     const auto one = SensorProvider::createInstance("one");
     const auto other = SensorProvider::createInstance("other");
@@ -176,7 +184,11 @@ TEST_F(Host, LogsReachTheSinkWithTheirLimits) {
     ULogger::sULogger->write(0x821000, "Tag", 5, "abc", 2);
     ULogger::sULogger->write(0x821000, "Tag", 5, "abc", 1000);
     ULogger::sULogger->onAssert(1);
-    ASSERT_EQ(entries.size(), 4U);
+    ULogger::sULogger->write(0x821000, "Tag", 5, "abc", -1);
+    ULogger::sULogger->write(0x821000, "Tag", 5, nullptr, 1);
+    ASSERT_EQ(entries.size(), 6U);
+    EXPECT_EQ(entries[4].text, "");
+    EXPECT_EQ(entries[5].text, "");
     EXPECT_EQ(entries[0].text, "a1");
     EXPECT_EQ(entries[1].text, "ab");
     EXPECT_EQ(entries[2].text, "abc");

@@ -31,7 +31,7 @@ Setting readProperty(ObjectReader& line) {
 Setting readLog(ObjectReader& line) {
     const LogSwitches switches{line.bits32OrZero<std::int32_t>("mode"), line.integer<std::uint32_t>("details_level", 0),
                                line.bits32OrZero<std::uint32_t>("details_mask")};
-    return [switches](PlayState& state) { state.library().setLogSwitches(switches); };
+    return [switches](PlayState& state) { state.subject().setLogSwitches(switches); };
 }
 
 // Reads the words that `keys` name from the group `group`; words and a group that are left out are 0.
@@ -130,7 +130,7 @@ Setting readMetadataAccess(ObjectReader& line) {
     const auto tag = line.integer<std::uint32_t>("tag");
     const host::Failures::Access access{line.integer<std::int32_t>("read", 0), line.integer<std::int32_t>("write", 0)};
     return [tag, access](PlayState& state) {
-        auto& failing = state.library().failures().access;
+        auto& failing = state.subject().failures().access;
         if (access.read != 0 || access.write != 0) {
             failing[tag] = access;
         } else {
@@ -142,7 +142,7 @@ Setting readMetadataAccess(ObjectReader& line) {
 Setting readBurst(ObjectReader& line) {
     constexpr std::uint64_t kMaxRuns = 16;
     const auto runs = integerBits(line.get("runs"), line.at("runs"), 0, kMaxRuns);
-    return [runs](PlayState& state) { state.library().failures().burstRuns = narrow<int>(runs); };
+    return [runs](PlayState& state) { state.subject().failures().burstRuns = narrow<int>(runs); };
 }
 
 host::Operation toOperation(const std::string& name, const Place& place) {
@@ -156,7 +156,7 @@ host::Operation toOperation(const std::string& name, const Place& place) {
 Setting readOperation(ObjectReader& line) {
     const host::Operation operation = toOperation(line.text("name"), line.at("name"));
     return [operation, throws = line.flag("throws")](PlayState& state) {
-        auto& throwing = state.library().failures().throwing;
+        auto& throwing = state.subject().failures().throwing;
         throws ? void(throwing.insert(operation)) : void(throwing.erase(operation));
     };
 }

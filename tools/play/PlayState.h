@@ -61,7 +61,7 @@ public:
     // Ends the monitors that the session leaves behind, so that a replay of the same session finds none.
     void endMonitors();
 
-    Library& library() { return mLibrary; }
+    Library& subject() { return mLibrary; }
     TarvoShadingCustomUtil& customer() { return mLibrary.customer(); }
     Watch& watch() { return mWatch; }
 

@@ -59,7 +59,7 @@ void playLines(SessionReader& reader, PlayState& state, const PlayOptions& optio
 void play(std::istream& input, const PlayOptions& options) {
     host::reset();
     PlayState state(options.log, options.results != nullptr, options.observers);
-    if (options.calculationMode) state.library().overrideCalculationMode(*options.calculationMode);
+    if (options.calculationMode) state.subject().overrideCalculationMode(*options.calculationMode);
     SessionReader reader(input, options.name);
     try {
         playLines(reader, state, options);

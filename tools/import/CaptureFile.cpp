@@ -114,7 +114,8 @@ void CaptureFile::unpack(std::string_view first, const std::function<void(std::s
     int status = ARCHIVE_OK;
     while ((status = archive_read_next_header(a, &entry)) == ARCHIVE_OK) {
         const bool raw = archive_format(a) == ARCHIVE_FORMAT_RAW;
-        if (raw && archive_filter_count(a) == 1) throw StreamError(mPath + ": is neither text nor compressed in a known way");
+        if (raw && archive_filter_count(a) == 1)
+            throw StreamError(mPath + ": is neither text nor compressed in a known way");
         const char* const name = archive_entry_pathname(entry);
         if (!raw && (name == nullptr || !isLogName(name))) continue;
         found = true;

@@ -1,12 +1,16 @@
 // Property: no session, well-formed or not, brings down the player or the library. An input that begins with an even
 // byte is turned into well-formed lines; any other, as JSON text and comments are, is played as it stands.
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 #include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
 #include "fuzz/Input.h"
+#include "platform/host/Host.h"
+#include "platform/host/Journal.h"
 #include "tools/play/Player.h"
 #include "tools/report/Summary.h"
 #include "tools/report/Table.h"
@@ -62,8 +66,39 @@ std::string sensorLine(fuzz::Input& input) {
            std::to_string(input.take<std::uint32_t>()) + "}}";
 }
 
+std::string_view boolean(fuzz::Input& input) {
+    return input.below(2) != 0 ? "true" : "false";
+}
+
+// Something that the platform fails in from here on, or no longer, or that is seen of it.
+std::string failureLine(fuzz::Input& input) {
+    constexpr std::array kTags = {"0xC00A0002", "0xC0010017", "0xC00A0006", "0xC0030000"};
+    std::string text = R"({"platform":")";
+    switch (input.below(6)) {
+        case 0:
+            return text.append(R"(journal","on":)").append(boolean(input)) + "}";
+        case 1:
+            return text.append(R"(burst","runs":)") + std::to_string(input.below(4)) + "}";
+        case 2:
+            return text.append(R"(customer_data","present":)").append(boolean(input)) + "}";
+        case 3:
+            text.append(R"(otp_provider","present":)").append(boolean(input));
+            text.append(R"(,"bytes":)").append(boolean(input));
+            return text + R"(,"stored":)" + std::to_string(input.below(3)) + "}";
+        case 4:
+            text.append(R"(metadata_access","tag":")").append(kTags[input.below(kTags.size())]);
+            text.append(R"(","read":)").append(std::to_string(input.below(2)));
+            return text + R"(,"write":)" + std::to_string(input.below(2)) + "}";
+        default:
+            const auto operation =
+                static_cast<host::Operation>(input.below(static_cast<unsigned int>(host::Operation::kCount)));
+            text.append(R"(operation","name":")").append(host::nameOf(operation));
+            return text.append(R"(","throws":)").append(boolean(input)) + "}";
+    }
+}
+
 std::string line(fuzz::Input& input) {
-    switch (input.below(12)) {
+    switch (input.below(13)) {
         case 0:
             return R"({"platform":"log","mode":)" + std::to_string(input.below(16)) +
                    R"(,"details_level":5,"details_mask":"0x821000"})";
@@ -94,6 +129,8 @@ std::string line(fuzz::Input& input) {
         case 10:
             return R"({"call":"QueryOTPInfo",)" + sensor(input) + R"(,"length":)" + std::to_string(input.below(64)) +
                    "}";
+        case 11:
+            return failureLine(input);
         default:
             return R"({"call":"UnRegisterSensorMonitor",)" + sensor(input) + "}";
     }

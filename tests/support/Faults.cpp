@@ -171,10 +171,6 @@ extern "C" {
     return fails(EMFILE) ? -1 : next<int (*)(const char*, int, ...)>("open")(path, flags, mode);
 }
 
-[[gnu::visibility("default")]] int fstat(int descriptor, struct stat* status) noexcept {
-    return fails(EIO) ? -1 : next<int (*)(int, struct stat*)>("fstat")(descriptor, status);
-}
-
 [[gnu::visibility("default")]] int ftruncate(int descriptor, off_t size) noexcept {
     return fails(EIO) ? -1 : truncate(descriptor, size);
 }

@@ -10,7 +10,7 @@ enum class Fault {
     kAllocation,  // operator new: the throwing ones throw, the others give null
     kLock,        // std::mutex::lock throws
     kPlatform,    // an operation of the platform throws
-    kFile,  // a file is not opened (too many of them), examined or emptied (disk error), written (disk full) or closed
+    kFile,  // a file is not opened (too many of them), not emptied (disk error), not written (disk full) or closed
 };
 // The thread sanitizer must see every lock with its own eyes: there, none fails.
 #if defined(__SANITIZE_THREAD__)

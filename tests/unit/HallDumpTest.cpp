@@ -2,11 +2,13 @@
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <tuple>
 
 #include "customer/aaa/aaa/lsc/OisHallDump.h"
 #include "tests/support/ScratchDirectory.h"
@@ -51,15 +53,15 @@ constexpr char kTail[] = "\t\"exposure_time\": 20000\n\t\"shutter_time\": 9000\n
 
 TEST_F(HallDump, HoldsSpanResultAndTimes) {
     fs::create_directories(test::kDumpDirectory);
-    write({4, 0}, {5, 0, 7});
-    EXPECT_EQ(content(), std::string(kHead) +
-                             "\t\"match ois hall0 X\": 4.000000\n\t\"match ois hall0 y\": 5.000000\n"
-                             "\t\"match ois hall1 X\": 0.000000\n\t\"match ois hall1 y\": 0.000000\n" +
-                             kTail);
-    write({4, 0}, {5});
-    EXPECT_EQ(content(), std::string(kHead) + kTail);
-    write({4}, {5, 0});
-    EXPECT_EQ(content(), std::string(kHead) + kTail);
+    const std::string result =
+        "\t\"match ois hall0 X\": 4.000000\n\t\"match ois hall0 y\": 5.000000\n"
+        "\t\"match ois hall1 X\": 0.000000\n\t\"match ois hall1 y\": 0.000000\n";
+    const std::tuple<std::vector<double>, std::vector<double>, std::string> cases[] = {
+        {{4, 0}, {5, 0, 7}, result}, {{4, 0, 7}, {5, 0}, result}, {{4, 0}, {5}, ""}, {{4}, {5, 0}, ""}};
+    for (const auto& [x, y, shown] : cases) {
+        EXPECT_TRUE(write(x, y));
+        EXPECT_EQ(content(), kHead + shown + kTail);
+    }
 }
 
 TEST_F(HallDump, NumbersOfTheGreatestLengthFitItsName) {
@@ -89,6 +91,19 @@ TEST_F(HallDump, WritesNothingButAFile) {
     std::ofstream(kPath) << std::string(10'000, 'x');
     write({4}, {5, 0});
     EXPECT_EQ(content(), std::string(kHead) + kTail);
+}
+
+TEST_F(HallDump, IsForWhomTheUmaskLetsReadAndUsesAnyDescriptor) {
+    fs::create_directories(test::kDumpDirectory);
+    const mode_t mask = umask(0);
+    const int input = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    EXPECT_TRUE(write({4}, {5, 0}));
+    dup2(input, STDIN_FILENO);
+    close(input);
+    umask(mask);
+    EXPECT_EQ(content(), std::string(kHead) + kTail);
+    EXPECT_EQ(fs::status(kPath).permissions(), fs::perms{0666});
 }
 
 TEST_F(HallDump, TellsThatTheDiskIsFull) {

@@ -1,7 +1,6 @@
 #include "customer/aaa/aaa/lsc/OisHallDump.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -27,10 +26,8 @@ File openFile(const char* path) noexcept {
     constexpr mode_t kMode = 0666;  // less what the process's umask takes away, as with fopen
     const int descriptor = open(path, kFlags, kMode);
     if (descriptor < 0) return nullptr;
-    struct stat status = {};
-    const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-    // Emptied last: what stands there stays as long as anything can fail.
-    if (File file{regular ? fdopen(descriptor, "w+") : nullptr}) {
+    if (File file{fdopen(descriptor, "w+")}) {
+        // Last, so that what stands there stays as long as anything can fail. It fails for all but files.
         return ftruncate(descriptor, 0) == 0 ? std::move(file) : nullptr;
     }
     close(descriptor);

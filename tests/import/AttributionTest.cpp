@@ -97,6 +97,17 @@ TEST_F(Cameras, WithoutSamplesShowInTheNextNumber) {
     EXPECT_EQ(taken(empty), -1);
 }
 
+TEST_F(Cameras, WithoutSamplesAreTheirThreadsWhereNoNumberTells) {
+    EXPECT_EQ(taken(voted(batch(1, 0, 3, 1, 1), listing(1, 0, 3))), 1);
+    EXPECT_EQ(taken(voted(batch(1, 0, 70, 1, 2), listing(0, 0, 70))), 0);
+    HandOver empty;
+    empty.emptyType = 5;
+    for (const auto& [lane, expected] : {std::pair{1U, 1}, {2U, 0}, {3U, 100}}) {
+        empty.lane = lane;
+        EXPECT_EQ(taken(empty), expected) << "thread " << lane;
+    }
+}
+
 TEST_F(Cameras, AreNeverSureWithMoreMonitorsThanADeviceHasCameras) {
     for (std::int32_t sensor = 2; sensor < 1000; ++sensor)
         attribution.registered(sensor, 5);

@@ -1,6 +1,7 @@
 // What a sensor's messages repeat, held against what was read.
 #include <gmock/gmock.h>
 
+#include "tools/import/Recalculation.h"
 #include "tools/import/Repair.h"
 #include "tools/import/SensorEvidence.h"
 #include "tools/import/Silence.h"
@@ -154,6 +155,23 @@ TEST(Repair, TakesWhatIsListedAndNotThere) {
     EXPECT_EQ(known[2].timestamp, 4 * kMs);
     EXPECT_EQ(known[2].status, kRepaired);
     EXPECT_FLOAT_EQ(known[2].oisY, 4);
+}
+
+TEST(Recalculation, OfTwoSamplesIsAPositionAndOfOneIsNone) {
+    // The samples count for 166 us more than their stamps.
+    const auto spanOf = [](std::uint32_t shutterUs) {
+        lsc::Samples window(100);
+        for (std::size_t i = 0; i < window.size(); ++i) {
+            window[i].timestamp = static_cast<std::int64_t>(i) * kMs;
+            window[i].oisX = 1;
+        }
+        const Recalculation made = recalculate({0, 1, 100, 50'170, 0, shutterUs}, 0, window);
+        EXPECT_GT(made.steps, 0U);
+        EXPECT_EQ(made.position.has_value(), made.span > 1);
+        return made.span;
+    };
+    EXPECT_EQ(spanOf(100), 0U);
+    EXPECT_EQ(spanOf(1'000), 2U);
 }
 
 TEST(SilenceBeforeAMonitorEnds, IsFoundWhenLongerThanFourUsualPauses) {

@@ -7,36 +7,36 @@ namespace {
 
 using NSCam::Utils::SensorData;
 
-std::uint64_t unsignedTime(const SensorData& sample) {
-    return static_cast<std::uint64_t>(sample.timestamp);
-}
-
-// Position in one entry of the first sample not before `time`; the entry's size when there is none.
-std::size_t firstNotBefore(const Samples& samples, std::uint64_t time) {
-    const auto isBefore = [time](const SensorData& sample) { return unsignedTime(sample) < time; };
-    // Signed order is unsigned order unless negative stamps stand in front.
-    const bool ordered = samples.front().timestamp >= 0;
-    if (ordered && isBefore(samples.back())) return samples.size();
-    const auto found = ordered ? std::partition_point(samples.begin(), samples.end(), isBefore)
-                               : std::find_if_not(samples.begin(), samples.end(), isBefore);
-    return static_cast<std::size_t>(found - samples.begin());
+std::size_t totalSamples(FrameQueue::const_iterator begin, FrameQueue::const_iterator end) {
+    std::size_t total = 0;
+    for (; begin != end; ++begin)
+        total += begin->samples.size();
+    return total;
 }
 
 }  // namespace
 
 std::size_t totalSamples(const FrameQueue& queue) {
-    std::size_t total = 0;
-    for (const FrameEntry& entry : queue)
-        total += entry.samples.size();
-    return total;
+    return totalSamples(queue.begin(), queue.end());
 }
 
 std::optional<SampleMatch> firstNotBefore(const FrameQueue& queue, std::uint64_t time) {
-    std::size_t offset = 0;
-    for (const auto& [frame, samples] : queue) {
-        const std::size_t index = firstNotBefore(samples, time);
-        if (index < samples.size()) return SampleMatch{offset + index, samples[index].timestamp};
-        offset += samples.size();
+    if (queue.empty()) return std::nullopt;
+    const auto isBefore = [time](const SensorData& sample) {
+        return static_cast<std::uint64_t>(sample.timestamp) < time;
+    };
+    const auto endsBefore = [&](const FrameEntry& entry) { return isBefore(entry.samples.back()); };
+    // Signed order is unsigned order unless negative stamps stand in front.
+    const auto isOrdered = [](const Samples& samples) { return samples.front().timestamp >= 0; };
+    const auto first =
+        isOrdered(queue.front().samples) ? std::partition_point(queue.begin(), queue.end(), endsBefore) : queue.begin();
+    for (auto entry = first; entry != queue.end(); ++entry) {
+        const Samples& samples = entry->samples;
+        const auto found = isOrdered(samples) ? std::partition_point(samples.begin(), samples.end(), isBefore)
+                                              : std::find_if_not(samples.begin(), samples.end(), isBefore);
+        if (found == samples.end()) continue;
+        const auto index = static_cast<std::size_t>(found - samples.begin());
+        return SampleMatch{totalSamples(queue.begin(), entry) + index, found->timestamp};
     }
     return std::nullopt;
 }

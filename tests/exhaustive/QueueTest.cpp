@@ -114,8 +114,9 @@ TEST(Every, SmallQueueGivesTheFirstSampleNotBeforeATime) {
                 const auto time = static_cast<std::uint64_t>(stamp);
                 const std::size_t expected = test::plainMatch(all, time);
                 const auto match = lsc::firstNotBefore(queue, time);
-                ASSERT_EQ(match ? match->offset : all.size(), expected) << testing::PrintToString(stamps) << time;
-                ASSERT_TRUE(!match || match->timestamp == all[expected].timestamp);
+                ASSERT_EQ(match ? lsc::offsetOf(queue, *match) : all.size(), expected)
+                    << testing::PrintToString(stamps) << time;
+                ASSERT_TRUE(!match || match->timestamp() == all[expected].timestamp);
                 ++cases;
             }
         });
@@ -139,7 +140,7 @@ void checkWindows(const std::vector<std::size_t>& sizes, std::uint64_t& cases) {
     for (std::uint64_t time = 0; time <= 2 * all.size(); ++time) {
         const auto match = lsc::firstNotBefore(queue, time);
         const bool enough = match && all.size() >= lsc::kWindowSize;
-        const Samples window = enough ? lsc::copyWindow(queue, all.size(), match->offset) : Samples();
+        const Samples window = enough ? lsc::copyWindow(queue, *match) : Samples();
         ASSERT_TRUE(test::same(window, test::plainWindow(all, time)))
             << testing::PrintToString(sizes) << " at " << time;
         ++cases;

@@ -34,7 +34,7 @@ std::optional<std::int64_t> SampleBuffer::newestBatchUs() const {
 
 bool SampleBuffer::holds(std::int64_t timeUs) const {
     const auto match = mQueue.firstNotBefore(static_cast<std::uint64_t>(timeUs * kNsPerUs));  // times compare unsigned
-    return match && match->timestamp / kNsPerUs == timeUs;
+    return match && match->timestamp() / kNsPerUs == timeUs;
 }
 
 }  // namespace replay::import

@@ -44,8 +44,10 @@ public:
     // The first sample whose time stamp, unsigned, is not below `time` (ns).
     std::optional<SampleMatch> firstNotBefore(std::uint64_t time) const { return lsc::firstNotBefore(mEntries, time); }
 
+    std::size_t offsetOf(const SampleMatch& match) const { return lsc::offsetOf(mEntries, match); }
+
     // The kWindowSize samples around a match; the queue must hold as many.
-    Samples around(const SampleMatch& match) const { return copyWindow(mEntries, sampleCount(), match.offset); }
+    Samples around(const SampleMatch& match) const { return copyWindow(mEntries, match); }
 
     std::size_t frameCount() const { return mEntries.size(); }
     std::size_t sampleCount() const { return totalSamples(mEntries); }

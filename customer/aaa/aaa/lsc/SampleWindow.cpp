@@ -14,6 +14,14 @@ std::size_t totalSamples(FrameQueue::const_iterator begin, FrameQueue::const_ite
     return total;
 }
 
+// The sample `count` before a match, or the first one.
+SampleMatch stepBack(const FrameQueue& queue, SampleMatch match, std::size_t count) {
+    while (match.index < count && match.entry != queue.begin())
+        match.index += (--match.entry)->samples.size();
+    match.index -= std::min(match.index, count);
+    return match;
+}
+
 }  // namespace
 
 std::size_t totalSamples(const FrameQueue& queue) {
@@ -28,30 +36,34 @@ std::optional<SampleMatch> firstNotBefore(const FrameQueue& queue, std::uint64_t
     const auto endsBefore = [&](const FrameEntry& entry) { return isBefore(entry.samples.back()); };
     // Signed order is unsigned order unless negative stamps stand in front.
     const auto isOrdered = [](const Samples& samples) { return samples.front().timestamp >= 0; };
-    const auto first =
+    auto entry =
         isOrdered(queue.front().samples) ? std::partition_point(queue.begin(), queue.end(), endsBefore) : queue.begin();
-    for (auto entry = first; entry != queue.end(); ++entry) {
+    for (; entry != queue.end(); ++entry) {
         const Samples& samples = entry->samples;
         const auto found = isOrdered(samples) ? std::partition_point(samples.begin(), samples.end(), isBefore)
                                               : std::find_if_not(samples.begin(), samples.end(), isBefore);
-        if (found == samples.end()) continue;
-        const auto index = static_cast<std::size_t>(found - samples.begin());
-        return SampleMatch{totalSamples(queue.begin(), entry) + index, found->timestamp};
+        if (found != samples.end()) return SampleMatch{entry, static_cast<std::size_t>(found - samples.begin())};
     }
     return std::nullopt;
 }
 
-Samples copyWindow(const FrameQueue& queue, std::size_t total, std::size_t offset) {
-    const std::size_t lastBegin = total - kWindowSize;
-    std::size_t skip = offset < kWindowBefore ? 0 : std::min(offset - kWindowBefore, lastBegin);
+std::size_t offsetOf(const FrameQueue& queue, const SampleMatch& match) {
+    return totalSamples(queue.begin(), match.entry) + match.index;
+}
+
+Samples copyWindow(const FrameQueue& queue, const SampleMatch& match) {
+    constexpr std::size_t kWindowAfter = kWindowSize - kWindowBefore;  // the match is the first of them
+    std::size_t after = match.entry->samples.size() - match.index;
+    for (auto next = match.entry + 1; after < kWindowAfter && next != queue.end(); ++next)
+        after += next->samples.size();
+
+    auto [entry, begin] = stepBack(queue, match, kWindowSize - std::min(after, kWindowAfter));
     Samples window;
     window.reserve(kWindowSize);
-    for (const auto& [frame, samples] : queue) {
-        if (window.size() == kWindowSize) break;
-        const std::size_t begin = std::min(skip, samples.size());
-        const std::size_t count = std::min(samples.size() - begin, kWindowSize - window.size());
-        window.insert(window.end(), samples.data() + begin, samples.data() + begin + count);
-        skip -= begin;
+    for (; window.size() < kWindowSize; ++entry, begin = 0) {
+        const auto first = entry->samples.data() + begin;
+        window.insert(window.end(), first,
+                      first + std::min(entry->samples.size() - begin, kWindowSize - window.size()));
     }
     return window;
 }

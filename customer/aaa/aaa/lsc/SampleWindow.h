@@ -24,13 +24,18 @@ std::size_t totalSamples(const FrameQueue& queue);
 
 // The first sample of the queue whose time stamp, unsigned, is not below `time` (ns).
 struct SampleMatch {
-    std::size_t offset;      // position in the whole sequence
-    std::int64_t timestamp;  // ns
+    FrameQueue::const_iterator entry;
+    std::size_t index;  // in the entry
+
+    std::int64_t timestamp() const { return entry->samples[index].timestamp; }  // ns
 };
 std::optional<SampleMatch> firstNotBefore(const FrameQueue& queue, std::uint64_t time);
 
-// Copies the kWindowSize samples around position `offset` of the `total` that the queue holds: 50 before it, itself and
-// the 49 after it, shifted to stay within the sequence. `total` must be at least kWindowSize, `offset` below it.
-Samples copyWindow(const FrameQueue& queue, std::size_t total, std::size_t offset);
+// Position of a match in the whole sequence.
+std::size_t offsetOf(const FrameQueue& queue, const SampleMatch& match);
+
+// Copies the kWindowSize samples around a match: 50 before it, itself and the 49 after it, shifted to stay within the
+// queue, which must hold as many.
+Samples copyWindow(const FrameQueue& queue, const SampleMatch& match);
 
 }  // namespace lsc

@@ -359,7 +359,8 @@ void TarvoShadingCustomUtil::TarvoSensorData::getDataByTimestamp(std::uint64_t t
         LSC_LOG_ERROR("no data matched !!!");
         return;
     }
-    LSC_LOG_DEBUG_IF(mLogLevel != 0, "match data offset:%zu timestamp:%llu", match->offset, llu(match->timestamp));
+    LSC_LOG_DEBUG_IF(mLogLevel != 0, "match data offset:%zu timestamp:%llu", mQueue.offsetOf(*match),
+                     llu(match->timestamp()));
     mQueue.around(*match).swap(out);
 }
 

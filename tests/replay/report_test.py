@@ -318,9 +318,22 @@ class Plot(ReportTest):
         done = self.run_command([*REPLAY, "--plot", "p.png", HANDHELD], status=1)
         self.assertEqual(done.stdout, self.replay(HANDHELD))
 
-    def test_a_part_without_samples_is_drawn_without_complaint(self):
+    def test_nothing_is_drawn_with_complaint(self):
         done = self.run_command([*REPLAY, "--plot", "gap.png", "--from", "3020", "--to", "3050", HANDHELD])
         self.assertEqual(done.stderr, "")
+        for data in ([[BEGIN, 0, 0, 3, 4]], [[BEGIN, 0, 0, 1e30, -3e38], [BEGIN + MS, 0, 0, 1e30, -3e38]],
+                     [[1, 0, 0, 0, 0], [2, 0, 0, 0, 0]]):
+            with self.subTest(data):
+                session = self.session([sensor(), *MONITOR, {"samples": 5, "data": data}, samples(0)[1]])
+                self.assertEqual(self.run_command([*REPLAY, "--plot", "rest.svg", session]).stderr, "")
+
+    def test_a_lens_at_rest_does_not_fill_the_panel(self):
+        at_rest = [[BEGIN + i * MS, 0, 0, 50 + 1e-5 * i, -0.4 * i] for i in range(9)]
+        text, _ = self.script(self.session([sensor(), *MONITOR, {"samples": 5, "data": at_rest}, samples(0)[1]]))
+        x, y = re.findall(r"^set yrange \[(.*):(.*)\]\nset ylabel 'hall", text, re.M)
+        self.assertAlmostEqual(float(x[1]) - float(x[0]), 2)
+        self.assertAlmostEqual(float(x[0]), 49, delta=0.001)
+        self.assertEqual(y, ("*", "*"))
 
     def test_says_what_to_do(self):
         no_path = {**os.environ, "PATH": "/nonexistent"}

@@ -19,7 +19,9 @@ namespace {
 constexpr std::size_t kMaxDetailed = 120;  // exposures whose shape can be told
 constexpr std::size_t kMaxLanes = 6;
 constexpr std::size_t kMaxLabels = 5;
-constexpr double kMargin = 0.01;      // of the width, on both sides
+constexpr double kMargin = 0.01;  // of the width, on both sides
+constexpr double kLeastWidthMs = 1;
+constexpr double kFinest = 1e-5;      // of a time: what is closer to it cannot be told apart
 constexpr double kHalfHeight = 0.38;  // of a frame, in lanes
 constexpr double kSpanHeight = 0.45;  // of a span below the middle of its lane
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -84,7 +86,8 @@ void Picture::setLimits(const TimeLimits& limits) {
     for (const RecordedExposure& exposure : mSensor.exposures) {
         if (const auto times = timesOf(exposure.outcome)) reach(ms(times->exposed), ms(times->finished));
     }
-    const double margin = kMargin * std::max(last - first, 1.0);
+    const double width = std::max(kLeastWidthMs, kFinest * std::max(std::abs(first), std::abs(last)));
+    const double margin = std::max(kMargin * (last - first), (width - (last - first)) / 2);
     mFrom = limits.fromMs.value_or(first - margin);
     mTo = limits.toMs.value_or(last + margin);
 }
@@ -121,6 +124,18 @@ std::vector<Point> Picture::samplesWithin(double fromMs, double toMs) const {
 double Picture::middle(const Band& band) const {
     const auto& span = band.exposure->outcome.span;
     return span ? std::midpoint(ms(span->firstNs), ms(span->lastNs)) : std::midpoint(band.exposed, band.finished);
+}
+
+std::optional<std::pair<double, double>> Picture::extremes(double Point::*axis) const {
+    std::vector<Point> drawn = samplesWithin(mFrom, mTo);
+    for (const Band& band : mBands) {
+        const auto& device = band.exposure->device;
+        for (const auto& position : {band.exposure->outcome.position, device ? device->position : std::nullopt})
+            if (isFinite(position)) drawn.push_back({middle(band), position->x, position->y});
+    }
+    if (drawn.empty()) return std::nullopt;
+    const auto [least, largest] = std::ranges::minmax_element(drawn, {}, axis);
+    return std::pair((*least).*axis, (*largest).*axis);
 }
 
 std::string Picture::thinned(std::vector<Point> points, double longestMs) const {

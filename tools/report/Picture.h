@@ -42,6 +42,9 @@ public:
     // The least and the largest rolling shutter, exposure and span, in words.
     std::string ranges() const;
 
+    // The least and the largest x or y of samples and positions; nothing without any.
+    std::optional<std::pair<double, double>> extremes(double Point::*axis) const;
+
     // Time, x, y.
     std::string samples() const;
     std::size_t countSamples() const { return samplesWithin(mFrom, mTo).size(); }

@@ -221,6 +221,19 @@ MaybeCause shortSpans(const SensorStatistics& sensor) {
                  {});
 }
 
+// Named beside the cause of missing samples: it tells of positions, the others of exposures without one.
+MaybeCause longSpans(const SensorStatistics& sensor) {
+    if (sensor.longSpans == 0) return std::nullopt;
+    const std::uint64_t used = sensor.spanSamples.max();
+    const std::uint64_t expected = sensor.expectedSpan();
+    return cause(
+        "long-spans", {{"spans", number(sensor.longSpans)}, {"used", number(used)}, {"expected", number(expected)}},
+        fmt::format("deliver a sample every millisecond: {} of {} run on past the readout, because no sample is within "
+                    "{} us of its end, and have up to {} samples with {} expected",
+                    sensor.longSpans, counted(sensor.spanSamples.count(), "span"), lsc::kMatchWindowUs, used, expected),
+        {});
+}
+
 MaybeCause discarded(const SensorStatistics& sensor) {
     const std::uint64_t count = sensor.batchesOf(Fate::kDiscarded);
     if (count == 0) return std::nullopt;
@@ -258,6 +271,7 @@ std::vector<Cause> causesIn(const SensorStatistics& sensor) {
     add(gaps(sensor));
     if (!misfits) add(shortSpans(sensor));
     add(discarded(sensor));
+    if (!misfits) add(longSpans(sensor));
     return causes;
 }
 

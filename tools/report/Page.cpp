@@ -116,6 +116,7 @@ private:
         const Picture picture(sensor, mExtent, mPage.limits, kColumns);
         if (!picture.isEmpty()) {
             add(mJson, "range", {picture.from(), picture.to()});
+            add(mJson, "bounds", {picture.first(), picture.last()});
             mJson.member("samples", picture.samples()).member("sample_count", picture.countSamples());
         }
         const Listing listing(sensor, mExtent, mPage.limits);

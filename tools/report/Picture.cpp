@@ -76,20 +76,20 @@ std::string Picture::ranges() const {
 }
 
 void Picture::setLimits(const TimeLimits& limits) {
-    double first = kInfinity;
-    double last = -kInfinity;
+    mFirst = kInfinity;
+    mLast = -kInfinity;
     const auto reach = [&](double begin, double end) {
-        first = std::min(first, begin);
-        last = std::max(last, end);
+        mFirst = std::min(mFirst, begin);
+        mLast = std::max(mLast, end);
     };
     if (!mSensor.samples.empty()) reach(ms(mSensor.samples.front().timeNs), ms(mSensor.samples.back().timeNs));
     for (const RecordedExposure& exposure : mSensor.exposures) {
         if (const auto times = timesOf(exposure.outcome)) reach(ms(times->exposed), ms(times->finished));
     }
-    const double width = std::max(kLeastWidthMs, kFinest * std::max(std::abs(first), std::abs(last)));
-    const double margin = std::max(kMargin * (last - first), (width - (last - first)) / 2);
-    mFrom = limits.fromMs.value_or(first - margin);
-    mTo = limits.toMs.value_or(last + margin);
+    const double width = std::max(kLeastWidthMs, kFinest * std::max(std::abs(mFirst), std::abs(mLast)));
+    const double margin = std::max(kMargin * (mLast - mFirst), (width - (mLast - mFirst)) / 2);
+    mFrom = limits.fromMs.value_or(mFirst - margin);
+    mTo = limits.toMs.value_or(mLast + margin);
 }
 
 void Picture::findBands() {

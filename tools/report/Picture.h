@@ -31,8 +31,12 @@ public:
     Picture(const SensorRecording& sensor, const Extent& extent, const TimeLimits& limits,
             std::size_t columns = kColumns);
 
+    // With a margin around what was recorded.
     double from() const { return mFrom; }
     double to() const { return mTo; }
+    // When the sensor's samples and exposures begin and end.
+    double first() const { return mFirst; }
+    double last() const { return mLast; }
     bool isEmpty() const { return samplesWithin(mFrom, mTo).empty() && mBands.empty(); }
     // Few enough exposures to show the shape of each.
     bool isDetailed() const;
@@ -103,6 +107,8 @@ private:
     const SensorRecording& mSensor;
     const Extent& mExtent;
     const std::size_t mColumns;
+    double mFirst = 0;
+    double mLast = 0;
     double mFrom = 0;
     double mTo = 0;
     int mLanes = 1;

@@ -186,6 +186,12 @@ std::string pictureOf(const Recording& recording, const PlayArguments& arguments
     return plotScript(recording, {arguments.plot, fileName(arguments.session), arguments.sensor, arguments.limits});
 }
 
+std::string checkTolerance(const std::string& value) {
+    double tolerance = 0;
+    const bool fits = CLI::detail::lexical_cast(value, tolerance) && tolerance >= 0;
+    return fits ? std::string() : value + ": the tolerance must be a number from 0 on";
+}
+
 // Holds the rows of the table back until it is known that the session has the part to be shown.
 class HeldRows {
 public:
@@ -199,6 +205,11 @@ private:
     const bool mHold;
     std::ostringstream mRows;
 };
+
+void refuseTolerance(const PlayArguments& arguments) {
+    if (arguments.check.empty() || std::filesystem::exists(arguments.session)) return;
+    if (checkTolerance(arguments.session).empty()) throw std::invalid_argument(kCheckForm);
+}
 
 void checkLimits(const PlayArguments& arguments) {
     const bool used = !arguments.plot.empty() || !arguments.trace.empty() || !arguments.html.empty();
@@ -218,12 +229,6 @@ bool passesCheck(const PlayArguments& arguments, const Comparison& comparison) {
                                               : counted(unmet, "expectation") + " not met")
               << '\n';
     return false;
-}
-
-std::string checkTolerance(const std::string& value) {
-    double tolerance = 0;
-    const bool fits = CLI::detail::lexical_cast(value, tolerance) && tolerance >= 0;
-    return fits ? std::string() : value + ": the tolerance must be a number from 0 on";
 }
 
 std::string checkPlotName(const std::string& file) {
@@ -276,6 +281,7 @@ bool runPlay(const PlayArguments& arguments) {
         throw StreamError(arguments.session + ": --repeat needs a regular file");
     }
     checkLimits(arguments);
+    refuseTolerance(arguments);
     const bool hasTable = wantsTable(arguments);
     openInput(arguments.session);  // before any output is made
     std::ofstream results = openOutput(hasTable ? arguments.results : std::string(), arguments.session);

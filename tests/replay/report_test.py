@@ -7,6 +7,7 @@ import json
 import os
 import re
 import unittest
+import xml.etree.ElementTree
 
 from tool import HANDHELD, REPLAY, ToolTest
 
@@ -347,6 +348,22 @@ class Plot(ReportTest):
         self.assertIn("less than --to", self.replay("--plot", "p.png", "--from", "2", "--to", "1", HANDHELD, status=2))
         self.assertIn("need --plot, --trace or --html", self.replay("--from", "1", HANDHELD, status=2))
         self.assertIn("no folder missing/folder", self.replay("--plot", "missing/folder/p.png", HANDHELD, status=1))
+
+    def test_nothing_to_draw_leaves_every_other_output_complete(self):
+        silent = self.session([sensor(), call("IsEnabled")])
+        for session, part, message in (silent, [], "neither samples nor frames"), \
+                                      (HANDHELD, ["--sensor", "7"], "no sensor 7"), \
+                                      (HANDHELD, ["--from", "20000"], "the session ends"):
+            with self.subTest(message):
+                printed = self.replay(*part, "--plot", "p.png", "--trace", "t.json", "--html", "p.html", "--csv", "e.csv",
+                                      "--summary", "s.json", "--junit", "j.xml", session, status=2)
+                self.assertIn(message, printed)
+                self.assertFalse((self.folder / "p.png").exists())
+                frames = json.loads((self.folder / "s.json").read_text())["frames"]
+                self.assertEqual(len((self.folder / "e.csv").read_text().splitlines()), 1 + (691 if frames else 0))
+                self.assertIn("traceEvents", json.loads((self.folder / "t.json").read_text()))
+                self.assertTrue((self.folder / "p.html").read_text().endswith("</html>\n"))
+                xml.etree.ElementTree.parse(self.folder / "j.xml")
 
     def test_a_part_that_is_not_there_prints_nothing(self):
         for view in ("--plot", "p.png"), ("--trace", "t.json"):

@@ -103,6 +103,7 @@ struct Views {
         if (keepsFigures) wanted.insert(wanted.end(), {&comparison, &statistics});
         if (trace) wanted.push_back(&*trace);
         if (keepsRecording(arguments)) wanted.push_back(&recording);
+        if (arguments.limits.given()) wanted.push_back(&extent);
         if (arguments.cost) wanted.push_back(&costs);
         return wanted;
     }
@@ -112,6 +113,7 @@ struct Views {
     Statistics statistics;
     std::optional<Trace> trace;
     Recording recording;
+    Extent extent;
     Costs costs;
 };
 
@@ -180,10 +182,9 @@ void writeFiles(Views& views, const PlayArguments& arguments, Outputs& outputs) 
     }
 }
 
-// The script of the picture, if one is wanted.
-std::string pictureOf(const Recording& recording, const PlayArguments& arguments) {
-    if (arguments.plot.empty()) return {};
-    return plotScript(recording, {arguments.plot, fileName(arguments.session), arguments.sensor, arguments.limits});
+void draw(const Recording& recording, const PlayArguments& arguments) {
+    const PlotOptions options{arguments.plot, fileName(arguments.session), arguments.sensor, arguments.limits};
+    plot(plotScript(recording, options), arguments.plot);
 }
 
 std::string checkTolerance(const std::string& value) {
@@ -297,14 +298,13 @@ bool runPlay(const PlayArguments& arguments) {
     // Nothing else may be written to the terminal that shows the progress.
     playOnce(arguments, options, !hasTable || isatty(STDOUT_FILENO) == 0);
     views.recording.finish();
-    const std::string picture = pictureOf(views.recording, arguments);
     writeFiles(views, arguments, outputs);
+    views.extent.checkBegin(arguments.limits);
     if (hasTable) {
         rows.print();
         printSummary(std::cout, views.statistics, views.comparison);
         if (!std::cout.flush()) throw StreamError("table cannot be written");
     }
-    if (!arguments.plot.empty()) plot(picture, arguments.plot);
     if (arguments.cost) {
         playAgain(arguments, views.costs);
         std::ostream& out = hasTable ? std::cout : std::cerr;
@@ -312,7 +312,10 @@ bool runPlay(const PlayArguments& arguments) {
         views.costs.print(out);
     }
     if (arguments.log && !std::cerr.flush()) throw StreamError("the log cannot be written");
-    return passesCheck(arguments, views.comparison);
+    const bool passed = passesCheck(arguments, views.comparison);
+    // The last output, because a session may have nothing to draw.
+    if (!arguments.plot.empty()) draw(views.recording, arguments);
+    return passed;
 }
 
 }  // namespace replay

@@ -236,7 +236,6 @@ std::string plotScript(const Recording& recording, const PlotOptions& options) {
     if (sensors.empty()) throw std::invalid_argument("nothing to plot: the session has neither samples nor frames");
     if (sensor == sensors.end())
         throw std::invalid_argument(fmt::format("nothing to plot: the session has no sensor {}", *options.sensor));
-    recording.extent().checkBegin(options.limits);
     const Picture picture(sensor->second, recording.extent(), options.limits);
     if (picture.isEmpty())
         throw std::invalid_argument("nothing to plot: the sensor has neither samples nor frames between these times");

@@ -129,6 +129,20 @@ class Figures(ReportTest):
         self.assertRegex(text, r"clock difference \(us\) median 9000, least 9000, largest 1079999")
         self.assertRegex(text, r"frames \(ms\) +interval 20\.\d+, rolling shutter 10\.00, exposure 3\.00 to 3\.00")
 
+    def test_no_figure_of_stamps_that_are_no_clocks(self):
+        cases = [([1, 2, 3], "unknown, longest step 0.000 ms, 0 gaps"),
+                 ([BEGIN, BEGIN + 5_000 * MS], "less than 1 Hz, longest step 5000.000 ms, 0 gaps"),
+                 ([-2**63, 0, MS, 2 * MS], "1000 Hz, longest step more than a day, 1 gap")]
+        for stamps, rate in cases:
+            data = {"samples": 5, "data": [[stamp, 0, 0, 0, 0] for stamp in stamps]}
+            text = self.report([sensor(), *MONITOR, data, samples(0)[1]])
+            self.assertRegex(text, f"sample rate +{rate}")
+        self.assertIn("the samples have a gap of more than a day\n", text)
+        frames = [line for i in range(40) for line in samples(1, begin=BEGIN - i * MS, frame=i)]
+        for i, line in enumerate(frames[1::2]):
+            line["timestamp"] = BEGIN + i
+        self.assertNotIn("drift", self.report([sensor(), *MONITOR], frames))
+
     def test_a_pause_of_the_monitor_is_no_gap(self):
         pause = [call("UnRegisterSensorMonitor"), MONITOR[0]]
         text = self.report([sensor(), *MONITOR, *samples(10), *pause, *samples(10, begin=BEGIN + 9_000 * MS)])

@@ -238,7 +238,8 @@ std::string plotScript(const Recording& recording, const PlotOptions& options) {
         throw std::invalid_argument(fmt::format("nothing to plot: the session has no sensor {}", *options.sensor));
     const Picture picture(sensor->second, recording.extent(), options.limits);
     if (picture.isEmpty())
-        throw std::invalid_argument("nothing to plot: the sensor has neither samples nor frames between these times");
+        throw std::invalid_argument(fmt::format("nothing to plot: the sensor has neither samples nor frames{}",
+                                                options.limits.given() ? " between these times" : " with times"));
 
     const HallRows rows(picture);
     const std::string range = fmt::format("set xrange [{:.10g}:{:.10g}]\n", picture.from(), picture.to());

@@ -185,11 +185,11 @@ TEST(Findings, NameAClockThatIsOff) {
     const Case cases[] = {
         {"behind", shifted(-3000 * kMs), "sample-clock-behind", "offset_us", -2'986'500},
         {"somewhat behind", shifted(-50 * kMs), "sample-clock-behind", "offset_us", -36'500},
+        {"in us", [](Phone& its) { its.stamp = [](std::int64_t time) { return time / 1000; }; }, "sample-clock-behind",
+         "offset_us", -102.4e6},
         {"ahead", shifted(3000 * kMs), "sample-clock-ahead", "offset_us", 3'013'500},
         {"ahead, but every frame gets a position", shifted(40 * kMs), "sample-clock-ahead", "offset_us", 53'500},
         {"fast", drifting(1000), "sample-clock-drift", "drift_ppm", 1000},
-        {"in us", [](Phone& its) { its.stamp = [](std::int64_t time) { return time / 1000; }; }, "sample-clock-behind",
-         "offset_us", -102.4e6},
         {"very fast", drifting(10000), "sample-clock-drift", "drift_ppm", 10000},
         {"slow", drifting(-1000), "sample-clock-drift", "drift_ppm", -1000},
         {"minutes ahead", oneStamp(kBegin + 501'000 * kMs), "future-stamp", "frame", 60},

@@ -227,8 +227,8 @@ MaybeCause longSpans(const SensorStatistics& sensor) {
     const std::uint64_t expected = sensor.expectedSpan();
     return cause(
         "long-spans", {{"spans", number(sensor.longSpans)}, {"used", number(used)}, {"expected", number(expected)}},
-        fmt::format("deliver a sample every millisecond: {} of {} run on past the readout, because no sample is within "
-                    "{} us of its end, and have up to {} samples with {} expected",
+        fmt::format("deliver a sample every millisecond: {} of {} went on past the readout, because no sample was "
+                    "within {} us of its end, and had up to {} samples with {} expected",
                     sensor.longSpans, counted(sensor.spanSamples.count(), "span"), lsc::kMatchWindowUs, used, expected),
         {});
 }

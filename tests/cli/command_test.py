@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
 """lsc_replay from the command line: messages and exit statuses for what cannot be played or imported."""
+import gzip
 import resource
 import subprocess
 import unittest
@@ -12,6 +13,9 @@ class Command(ToolTest):
         self.write("s.jsonl", '{"call":"IsEnabled","sensor":0}\n')
         self.write("expect.jsonl", '{"call":"CalcOISValue","type":1,"input":{},"frame":0,"sensor":0}\n'
                                    '#expect {"sensor":0,"type":1,"x":"1.0","y":"one"}\n')
+        self.write("packed.jsonl", gzip.compress(HANDHELD.read_bytes()))
+        self.write("wide.jsonl", HANDHELD.read_text().encode("utf-16"))
+        self.write("wide_unmarked.jsonl", HANDHELD.read_text().encode("utf-16-le"))
         cases = [
             (1, "missing.txt: No such file", ["import", "missing.txt"]),
             (1, ".: is a directory", ["import", "."]),
@@ -19,6 +23,12 @@ class Command(ToolTest):
             (2, "CAPTURE is required", ["import"]),
             (2, "SESSION is required", []),
             (2, "expect.jsonl:2: y: expected a number as text", ["expect.jsonl"]),
+            (2, "packed.jsonl:1: compressed: unpack", ["packed.jsonl"]),
+            (2, "make it UTF-8 first, with iconv", ["wide.jsonl"]),
+            (2, "make it UTF-8 first, with iconv", ["wide_unmarked.jsonl"]),
+            (2, "as in --check=0.1", ["--check", "0.1", "s.jsonl"]),
+            (2, "as in --check=0.1", ["s.jsonl", "--check", "0.1"]),
+            (2, "as in --check=0.1", ["--check", "0.1"]),
         ]
         for status, message, arguments in cases:
             with self.subTest(message):

@@ -6,7 +6,7 @@ import json
 import sys
 import unittest
 
-from tool import HANDHELD, ROOT, ToolTest
+from tool import HANDHELD, REPLAY, ROOT, ToolTest
 
 TRUTH = HANDHELD.with_suffix(".truth.csv")
 MODE = "vendor.debug.ois.hall.calculation"
@@ -87,6 +87,14 @@ class Accuracy(ToolTest):
         session = self.write("last.jsonl", line + "\n" + self.beginning())
         self.assertEqual(self.replay("accuracy", session),
                          self.replay("accuracy", self.write("first.jsonl", self.beginning())))
+
+    def test_one_sensor_of_two_is_not_taken_for_the_session(self):
+        second = self.beginning().replace('"sensor":0', '"sensor":3').replace('"samples":5', '"samples":6')
+        session = self.write("two.jsonl", self.beginning() + second.replace('"type":5', '"type":6'))
+        done = self.run_command([*REPLAY, "accuracy", session])
+        self.assertEqual(done.stderr, "lsc_replay: only sensor 0 is judged; others with positions: 3 (--sensor ID)\n")
+        asked = self.run_command([*REPLAY, "accuracy", "--sensor", "3", session])
+        self.assertEqual((asked.stderr, asked.stdout), ("", done.stdout.replace("sensor 0", "sensor 3")))
 
     def test_says_what_is_wrong(self):
         session = self.write("first.jsonl", self.beginning())

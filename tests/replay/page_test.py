@@ -67,6 +67,7 @@ class Page(ToolTest):
             "  clientX: x.getBoundingClientRect().left + 660, clientY: x.getBoundingClientRect().top + 60}));"
             "return {steps, reading: text('.reading')[0]}", HANDHELD)
         (begin, end), zoomed, panned, row = found["steps"]
+        self.assertEqual((begin, end), (-0.4, 10031.0))  # without the margins of the view
         share = (end - begin) / 4
         for its, expected in (zoomed, (begin + share, begin + 2 * share)), (panned, [edge + share / 4 for edge in zoomed]):
             for edge, wanted in zip(its, expected):

@@ -7,6 +7,7 @@ import json
 import os
 import re
 import unittest
+import xml.etree.ElementTree
 
 from tool import HANDHELD, REPLAY, ToolTest
 
@@ -127,6 +128,20 @@ class Figures(ReportTest):
         self.assertRegex(text, r"hand-overs +1 missing in the frame numbers, 1 of 61 samples repeated")
         self.assertRegex(text, r"clock difference \(us\) median 9000, least 9000, largest 1079999")
         self.assertRegex(text, r"frames \(ms\) +interval 20\.\d+, rolling shutter 10\.00, exposure 3\.00 to 3\.00")
+
+    def test_no_figure_of_stamps_that_are_no_clocks(self):
+        cases = [([1, 2, 3], "unknown, longest step 0.000 ms, 0 gaps"),
+                 ([BEGIN, BEGIN + 5_000 * MS], "less than 1 Hz, longest step 5000.000 ms, 0 gaps"),
+                 ([-2**63, 0, MS, 2 * MS], "1000 Hz, longest step more than a day, 1 gap")]
+        for stamps, rate in cases:
+            data = {"samples": 5, "data": [[stamp, 0, 0, 0, 0] for stamp in stamps]}
+            text = self.report([sensor(), *MONITOR, data, samples(0)[1]])
+            self.assertRegex(text, f"sample rate +{rate}")
+        self.assertIn("the samples have a gap of more than a day\n", text)
+        frames = [line for i in range(40) for line in samples(1, begin=BEGIN - i * MS, frame=i)]
+        for i, line in enumerate(frames[1::2]):
+            line["timestamp"] = BEGIN + i
+        self.assertNotIn("drift", self.report([sensor(), *MONITOR], frames))
 
     def test_a_pause_of_the_monitor_is_no_gap(self):
         pause = [call("UnRegisterSensorMonitor"), MONITOR[0]]
@@ -318,9 +333,22 @@ class Plot(ReportTest):
         done = self.run_command([*REPLAY, "--plot", "p.png", HANDHELD], status=1)
         self.assertEqual(done.stdout, self.replay(HANDHELD))
 
-    def test_a_part_without_samples_is_drawn_without_complaint(self):
+    def test_nothing_is_drawn_with_complaint(self):
         done = self.run_command([*REPLAY, "--plot", "gap.png", "--from", "3020", "--to", "3050", HANDHELD])
         self.assertEqual(done.stderr, "")
+        for data in ([[BEGIN, 0, 0, 3, 4]], [[BEGIN, 0, 0, 1e30, -3e38], [BEGIN + MS, 0, 0, 1e30, -3e38]],
+                     [[1, 0, 0, 0, 0], [2, 0, 0, 0, 0]]):
+            with self.subTest(data):
+                session = self.session([sensor(), *MONITOR, {"samples": 5, "data": data}, samples(0)[1]])
+                self.assertEqual(self.run_command([*REPLAY, "--plot", "rest.svg", session]).stderr, "")
+
+    def test_a_lens_at_rest_does_not_fill_the_panel(self):
+        at_rest = [[BEGIN + i * MS, 0, 0, 50 + 1e-5 * i, -0.4 * i] for i in range(9)]
+        text, _ = self.script(self.session([sensor(), *MONITOR, {"samples": 5, "data": at_rest}, samples(0)[1]]))
+        x, y = re.findall(r"^set yrange \[(.*):(.*)\]\nset ylabel 'hall", text, re.M)
+        self.assertAlmostEqual(float(x[1]) - float(x[0]), 2)
+        self.assertAlmostEqual(float(x[0]), 49, delta=0.001)
+        self.assertEqual(y, ("*", "*"))
 
     def test_says_what_to_do(self):
         no_path = {**os.environ, "PATH": "/nonexistent"}
@@ -334,6 +362,22 @@ class Plot(ReportTest):
         self.assertIn("less than --to", self.replay("--plot", "p.png", "--from", "2", "--to", "1", HANDHELD, status=2))
         self.assertIn("need --plot, --trace or --html", self.replay("--from", "1", HANDHELD, status=2))
         self.assertIn("no folder missing/folder", self.replay("--plot", "missing/folder/p.png", HANDHELD, status=1))
+
+    def test_nothing_to_draw_leaves_every_other_output_complete(self):
+        silent = self.session([sensor(), call("IsEnabled")])
+        for session, part, message in (silent, [], "neither samples nor frames"), \
+                                      (HANDHELD, ["--sensor", "7"], "no sensor 7"), \
+                                      (HANDHELD, ["--from", "20000"], "the session ends"):
+            with self.subTest(message):
+                printed = self.replay(*part, "--plot", "p.png", "--trace", "t.json", "--html", "p.html", "--csv", "e.csv",
+                                      "--summary", "s.json", "--junit", "j.xml", session, status=2)
+                self.assertIn(message, printed)
+                self.assertFalse((self.folder / "p.png").exists())
+                frames = json.loads((self.folder / "s.json").read_text())["frames"]
+                self.assertEqual(len((self.folder / "e.csv").read_text().splitlines()), 1 + (691 if frames else 0))
+                self.assertIn("traceEvents", json.loads((self.folder / "t.json").read_text()))
+                self.assertTrue((self.folder / "p.html").read_text().endswith("</html>\n"))
+                xml.etree.ElementTree.parse(self.folder / "j.xml")
 
     def test_a_part_that_is_not_there_prints_nothing(self):
         for view in ("--plot", "p.png"), ("--trace", "t.json"):

@@ -52,6 +52,10 @@ struct Findings {
 };
 static_assert(std::is_trivially_copyable_v<Findings>);
 
+std::string bytesOf(const Findings& findings) {
+    return {reinterpret_cast<const char*>(&findings), sizeof findings};  // trivially copyable
+}
+
 LensPath readTruth(const std::string& path) {
     std::ifstream input = openInput(path);
     CsvReader reader(input, path, "time_ns,x,y");
@@ -70,6 +74,13 @@ std::int32_t sensorIn(const Recording& recording, const AccuracyArguments& argum
     return sensor;
 }
 
+std::string othersIn(const Recording& recording, std::int32_t sensor) {
+    std::string ids;
+    for (const auto& [id, recorded] : recording.sensors())
+        if (id != sensor && !servedOf(recorded).empty()) ids += (ids.empty() ? "" : ", ") + std::to_string(id);
+    return ids;
+}
+
 void record(const std::string& path, const std::vector<Observer*>& observers, std::optional<std::int32_t> mode) {
     std::ifstream session = openInput(path);
     PlayOptions options;
@@ -79,7 +90,8 @@ void record(const std::string& path, const std::vector<Observer*>& observers, st
     play(session, options);
 }
 
-Findings playInMode(std::int32_t mode, const AccuracyArguments& arguments) {
+// Findings as their bytes, then the ids of other sensors with positions.
+std::string playInMode(std::int32_t mode, const AccuracyArguments& arguments) {
     Recording recording;
     record(arguments.session, {&recording}, mode);
     recording.finish();
@@ -91,11 +103,7 @@ Findings playInMode(std::int32_t mode, const AccuracyArguments& arguments) {
     const std::vector<Served> served = servedOf(recorded);
     Findings found{sensor, served.size(), accuracyOf(served, path), accuracyByExposure(served, path), {}};
     if (!arguments.truth.empty()) found.samples = accuracyOf(weighted(served, samples), path);
-    return found;
-}
-
-std::string bytesOf(const Findings& findings) {
-    return {reinterpret_cast<const char*>(&findings), sizeof findings};  // trivially copyable
+    return bytesOf(found) + othersIn(recording, sensor);
 }
 
 Findings findingsIn(const std::string& bytes) {
@@ -193,10 +201,18 @@ void showAccuracy(const AccuracyArguments& arguments) {
     std::ofstream summary = openOutput(arguments.summary, arguments.session);
     std::vector<Apart> processes;
     for (std::int32_t mode = lsc::kMean; lsc::isReduction(mode); ++mode)
-        processes.emplace_back([mode, &arguments] { return bytesOf(playInMode(mode, arguments)); });
+        processes.emplace_back([mode, &arguments] { return playInMode(mode, arguments); });
     std::vector<Findings> modes;
-    for (Apart& process : processes)
-        modes.push_back(findingsIn(process.take()));
+    std::string others;
+    for (Apart& process : processes) {
+        const std::string bytes = process.take();
+        modes.push_back(findingsIn(bytes));
+        others = bytes.substr(sizeof(Findings));
+    }
+    if (!others.empty() && !arguments.sensor) {
+        std::cerr << fmt::format("lsc_replay: only sensor {} is judged; others with positions: {} (--sensor ID)\n",
+                                 modes[0].sensor, others);
+    }
     if (modes[0].served == 0) throw StreamError(fmt::format("no accuracy: sensor {} has no position", modes[0].sensor));
     if (modes[0].all.exposures == 0) {
         throw StreamError(

@@ -103,6 +103,7 @@ struct Views {
         if (keepsFigures) wanted.insert(wanted.end(), {&comparison, &statistics});
         if (trace) wanted.push_back(&*trace);
         if (keepsRecording(arguments)) wanted.push_back(&recording);
+        if (arguments.limits.given()) wanted.push_back(&extent);
         if (arguments.cost) wanted.push_back(&costs);
         return wanted;
     }
@@ -112,6 +113,7 @@ struct Views {
     Statistics statistics;
     std::optional<Trace> trace;
     Recording recording;
+    Extent extent;
     Costs costs;
 };
 
@@ -180,10 +182,15 @@ void writeFiles(Views& views, const PlayArguments& arguments, Outputs& outputs) 
     }
 }
 
-// The script of the picture, if one is wanted.
-std::string pictureOf(const Recording& recording, const PlayArguments& arguments) {
-    if (arguments.plot.empty()) return {};
-    return plotScript(recording, {arguments.plot, fileName(arguments.session), arguments.sensor, arguments.limits});
+void draw(const Recording& recording, const PlayArguments& arguments) {
+    const PlotOptions options{arguments.plot, fileName(arguments.session), arguments.sensor, arguments.limits};
+    plot(plotScript(recording, options), arguments.plot);
+}
+
+std::string checkTolerance(const std::string& value) {
+    double tolerance = 0;
+    const bool fits = CLI::detail::lexical_cast(value, tolerance) && tolerance >= 0;
+    return fits ? std::string() : value + ": the tolerance must be a number from 0 on";
 }
 
 // Holds the rows of the table back until it is known that the session has the part to be shown.
@@ -199,6 +206,11 @@ private:
     const bool mHold;
     std::ostringstream mRows;
 };
+
+void refuseTolerance(const PlayArguments& arguments) {
+    if (arguments.check.empty() || std::filesystem::exists(arguments.session)) return;
+    if (checkTolerance(arguments.session).empty()) throw std::invalid_argument(kCheckForm);
+}
 
 void checkLimits(const PlayArguments& arguments) {
     const bool used = !arguments.plot.empty() || !arguments.trace.empty() || !arguments.html.empty();
@@ -218,12 +230,6 @@ bool passesCheck(const PlayArguments& arguments, const Comparison& comparison) {
                                               : counted(unmet, "expectation") + " not met")
               << '\n';
     return false;
-}
-
-std::string checkTolerance(const std::string& value) {
-    double tolerance = 0;
-    const bool fits = CLI::detail::lexical_cast(value, tolerance) && tolerance >= 0;
-    return fits ? std::string() : value + ": the tolerance must be a number from 0 on";
 }
 
 std::string checkPlotName(const std::string& file) {
@@ -276,6 +282,7 @@ bool runPlay(const PlayArguments& arguments) {
         throw StreamError(arguments.session + ": --repeat needs a regular file");
     }
     checkLimits(arguments);
+    refuseTolerance(arguments);
     const bool hasTable = wantsTable(arguments);
     openInput(arguments.session);  // before any output is made
     std::ofstream results = openOutput(hasTable ? arguments.results : std::string(), arguments.session);
@@ -291,14 +298,13 @@ bool runPlay(const PlayArguments& arguments) {
     // Nothing else may be written to the terminal that shows the progress.
     playOnce(arguments, options, !hasTable || isatty(STDOUT_FILENO) == 0);
     views.recording.finish();
-    const std::string picture = pictureOf(views.recording, arguments);
     writeFiles(views, arguments, outputs);
+    views.extent.checkBegin(arguments.limits);
     if (hasTable) {
         rows.print();
         printSummary(std::cout, views.statistics, views.comparison);
         if (!std::cout.flush()) throw StreamError("table cannot be written");
     }
-    if (!arguments.plot.empty()) plot(picture, arguments.plot);
     if (arguments.cost) {
         playAgain(arguments, views.costs);
         std::ostream& out = hasTable ? std::cout : std::cerr;
@@ -306,7 +312,10 @@ bool runPlay(const PlayArguments& arguments) {
         views.costs.print(out);
     }
     if (arguments.log && !std::cerr.flush()) throw StreamError("the log cannot be written");
-    return passesCheck(arguments, views.comparison);
+    const bool passed = passesCheck(arguments, views.comparison);
+    // The last output, because a session may have nothing to draw.
+    if (!arguments.plot.empty()) draw(views.recording, arguments);
+    return passed;
 }
 
 }  // namespace replay

@@ -30,6 +30,9 @@ struct PlayArguments {
     TimeLimits limits;  // of picture, trace and page
 };
 
+// For a tolerance that was taken for a file.
+inline constexpr char kCheckForm[] = "--check takes its tolerance after \"=\", as in --check=0.1";
+
 // Adds the options and checks what is given for them. `arguments` must live until they have been parsed.
 void addPlayOptions(CLI::App& app, PlayArguments& arguments);
 

@@ -42,6 +42,8 @@ int main(int argc, char** argv) {
         return error.get_exit_code();  // a subcommand's own, which has said why
     } catch (const CLI::ParseError& error) {
         const bool asked = app.exit(error) == 0;  // for help or the version
+        const bool surplus = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+        if (surplus && !arguments.check.empty()) std::cerr << replay::kCheckForm << '\n';
         if (!std::cout.flush()) std::cerr << "lsc_replay: standard output cannot be written\n";
         return !asked ? kBadSession : std::cout ? kDone : kFailed;
     } catch (const replay::SessionError& error) {

@@ -159,15 +159,14 @@ bool fillsTooSlowly(const SensorStatistics& sensor) {
 }
 
 std::string tooSlow(const SensorStatistics& sensor) {
-    return fmt::format("at {:.0f} Hz, {} hand-overs hold fewer than {} samples: at most {} were buffered",
-                       rateHz(sensor), lsc::kMaxBufferedFrames, lsc::kWindowSize,
-                       sensor.without(Kind::kTooFewSamples).largest);
+    return fmt::format("at {}, {} hand-overs hold fewer than {} samples: at most {} were buffered", rateText(sensor),
+                       lsc::kMaxBufferedFrames, lsc::kWindowSize, sensor.without(Kind::kTooFewSamples).largest);
 }
 
 std::string farApart(const SensorStatistics& sensor) {
     const double percent = 100.0 * (1.0 - number(kLongestPeriodUs) / medianUs(sensor.periodUs));
-    return fmt::format("raise the sample rate to 1 kHz: at {:.0f} Hz, {} moments lie {} us or more from every sample",
-                       rateHz(sensor), percent < 1.0 ? "some" : fmt::format("{:.0f} % of all", percent),
+    return fmt::format("raise the sample rate to 1 kHz: at {}, {} moments lie {} us or more from every sample",
+                       rateText(sensor), percent < 1.0 ? "some" : fmt::format("{:.0f} % of all", percent),
                        lsc::kMatchWindowUs);
 }
 
@@ -189,10 +188,10 @@ MaybeCause gaps(const SensorStatistics& sensor) {
     const std::uint64_t all = sensor.periodUs.countAbove(longestStepUs(sensor));
     const std::uint64_t count = all - gapsOverMissing(sensor);
     if (count == 0) return std::nullopt;
-    const double longestMs = number(sensor.periodUs.max()) / 1000;
-    return cause("sample-gaps", {{"gaps", number(count)}, {"longest_ms", longestMs}},
-                 fmt::format("find out what stops the hall sensor or its driver: the samples have {} {:.3f} ms",
-                             count == 1 ? "a gap of" : fmt::format("{} gaps of up to", count), longestMs),
+    const std::uint64_t longest = sensor.periodUs.max();
+    return cause("sample-gaps", {{"gaps", number(count)}, {"longest_ms", number(longest) / 1000}},
+                 fmt::format("find out what stops the hall sensor or its driver: the samples have {} {}",
+                             count == 1 ? "a gap of" : fmt::format("{} gaps of up to", count), stepText(longest)),
                  lackingIn(sensor.periodUs, sensor));
 }
 
@@ -219,6 +218,19 @@ MaybeCause shortSpans(const SensorStatistics& sensor) {
                              "which {} of them cover it: the median span has {} samples of {} expected",
                              lsc::kWindowBefore, used, expected),
                  {});
+}
+
+// Named beside the cause of missing samples: it tells of positions, the others of exposures without one.
+MaybeCause longSpans(const SensorStatistics& sensor) {
+    if (sensor.longSpans == 0) return std::nullopt;
+    const std::uint64_t used = sensor.spanSamples.max();
+    const std::uint64_t expected = sensor.expectedSpan();
+    return cause(
+        "long-spans", {{"spans", number(sensor.longSpans)}, {"used", number(used)}, {"expected", number(expected)}},
+        fmt::format("deliver a sample every millisecond: {} of {} went on past the readout, because no sample was "
+                    "within {} us of its end, and had up to {} samples with {} expected",
+                    sensor.longSpans, counted(sensor.spanSamples.count(), "span"), lsc::kMatchWindowUs, used, expected),
+        {});
 }
 
 MaybeCause discarded(const SensorStatistics& sensor) {
@@ -258,7 +270,19 @@ std::vector<Cause> causesIn(const SensorStatistics& sensor) {
     add(gaps(sensor));
     if (!misfits) add(shortSpans(sensor));
     add(discarded(sensor));
+    if (!misfits) add(longSpans(sensor));
     return causes;
+}
+
+std::string rateText(const SensorStatistics& sensor) {
+    const double hz = rateHz(sensor);
+    if (hz == 0) return "unknown";
+    return hz < 1 ? "less than 1 Hz" : fmt::format("{:.0f} Hz", hz);
+}
+
+std::string stepText(std::uint64_t us) {
+    constexpr std::uint64_t kDay = 86'400'000'000;
+    return us > kDay ? "more than a day" : fmt::format("{:.3f} ms", number(us) / 1000);
 }
 
 double rateHz(const SensorStatistics& sensor) {

@@ -25,6 +25,10 @@ std::vector<Cause> causesIn(const SensorStatistics& sensor);
 
 // "1 exposure", "3 exposures".
 std::string counted(std::uint64_t count, std::string_view what, std::string_view ending = "s");
+// "994 Hz", in words where a number would mean nothing.
+std::string rateText(const SensorStatistics& sensor);
+// From one sample to the next: "1.006 ms", or in words for time stamps that no session holds.
+std::string stepText(std::uint64_t us);
 // For a reader: the first digits are enough.
 inline double number(std::uint64_t value) {
     return static_cast<double>(value);  // as said

@@ -1,6 +1,7 @@
 #include "tools/report/Clock.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "customer/aaa/aaa/lsc/OisSpan.h"
 #include "tools/session/Narrow.h"
@@ -10,6 +11,7 @@ namespace {
 
 constexpr std::size_t kMaxPoints = 256;  // 32640 pairs
 constexpr std::size_t kMinPoints = 32;
+constexpr double kMostDrift = 0.1;  // far beyond what any clock has: the time stamps are no clock's
 
 // Differences of wrapped sums, read as signed: time stamps may lie anywhere in 64 bits.
 std::int64_t signedDifference(std::uint64_t a, std::uint64_t b) {
@@ -60,6 +62,7 @@ std::optional<Clock::Drift> Clock::drift() const {
     if (mPoints.size() < kMinPoints) return std::nullopt;
     const auto middle = mPoints.begin() + static_cast<std::ptrdiff_t>(mPoints.size() / 2);  // at most kMaxPoints
     const double all = slope(mPoints.begin(), mPoints.end());
+    if (std::abs(all) > kMostDrift) return std::nullopt;
     const auto agrees = [all](double half) { return half / all > 0.5 && half / all < 2.0; };
     return Drift{all * 1e6, all * (mPoints.back().first - mPoints.front().first),
                  all != 0.0 && agrees(slope(mPoints.begin(), middle)) && agrees(slope(middle, mPoints.end()))};

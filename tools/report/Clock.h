@@ -25,7 +25,8 @@ public:
         double totalUs = 0.0;  // over the session
         bool steady = false;   // both halves of the session show it: no step, and no chance
     };
-    // The median of the slopes of all pairs of points that were kept. Nothing with too few points.
+    // The median of the slopes of all pairs of points that were kept. Nothing with too few points, or when they
+    // are no clock's.
     std::optional<Drift> drift() const;
 
 private:

@@ -116,6 +116,7 @@ private:
         const Picture picture(sensor, mExtent, mPage.limits, kColumns);
         if (!picture.isEmpty()) {
             add(mJson, "range", {picture.from(), picture.to()});
+            add(mJson, "bounds", {picture.first(), picture.last()});
             mJson.member("samples", picture.samples()).member("sample_count", picture.countSamples());
         }
         const Listing listing(sensor, mExtent, mPage.limits);
@@ -167,7 +168,6 @@ std::string escaped(const std::string& json) {
 
 void writePage(std::ostream& out, const Page& page) {
     constexpr std::string_view kMark = "@DATA@";
-    page.recording.extent().checkBegin(page.limits);
     const std::string_view around = pageTemplate();
     const std::size_t at = around.find(kMark);
     out << around.substr(0, at) << escaped(Writer(page).text()) << around.substr(at + kMark.size());

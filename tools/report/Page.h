@@ -22,7 +22,7 @@ struct Page {
 
 // What the page shows does not grow beyond bounds with the session: of each sensor the extremes of some ten thousand
 // periods of time stand for its samples, and every n-th exposure for very many with the same outcome. The page says so
-// where it is. Throws std::invalid_argument when the limits begin after the session's end.
+// where it is.
 void writePage(std::ostream& out, const Page& page);
 
 }  // namespace replay

@@ -19,7 +19,9 @@ namespace {
 constexpr std::size_t kMaxDetailed = 120;  // exposures whose shape can be told
 constexpr std::size_t kMaxLanes = 6;
 constexpr std::size_t kMaxLabels = 5;
-constexpr double kMargin = 0.01;      // of the width, on both sides
+constexpr double kMargin = 0.01;  // of the width, on both sides
+constexpr double kLeastWidthMs = 1;
+constexpr double kFinest = 1e-5;      // of a time: what is closer to it cannot be told apart
 constexpr double kHalfHeight = 0.38;  // of a frame, in lanes
 constexpr double kSpanHeight = 0.45;  // of a span below the middle of its lane
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -74,19 +76,20 @@ std::string Picture::ranges() const {
 }
 
 void Picture::setLimits(const TimeLimits& limits) {
-    double first = kInfinity;
-    double last = -kInfinity;
+    mFirst = kInfinity;
+    mLast = -kInfinity;
     const auto reach = [&](double begin, double end) {
-        first = std::min(first, begin);
-        last = std::max(last, end);
+        mFirst = std::min(mFirst, begin);
+        mLast = std::max(mLast, end);
     };
     if (!mSensor.samples.empty()) reach(ms(mSensor.samples.front().timeNs), ms(mSensor.samples.back().timeNs));
     for (const RecordedExposure& exposure : mSensor.exposures) {
         if (const auto times = timesOf(exposure.outcome)) reach(ms(times->exposed), ms(times->finished));
     }
-    const double margin = kMargin * std::max(last - first, 1.0);
-    mFrom = limits.fromMs.value_or(first - margin);
-    mTo = limits.toMs.value_or(last + margin);
+    const double width = std::max(kLeastWidthMs, kFinest * std::max(std::abs(mFirst), std::abs(mLast)));
+    const double margin = std::max(kMargin * (mLast - mFirst), (width - (mLast - mFirst)) / 2);
+    mFrom = limits.fromMs.value_or(mFirst - margin);
+    mTo = limits.toMs.value_or(mLast + margin);
 }
 
 void Picture::findBands() {
@@ -121,6 +124,18 @@ std::vector<Point> Picture::samplesWithin(double fromMs, double toMs) const {
 double Picture::middle(const Band& band) const {
     const auto& span = band.exposure->outcome.span;
     return span ? std::midpoint(ms(span->firstNs), ms(span->lastNs)) : std::midpoint(band.exposed, band.finished);
+}
+
+std::optional<std::pair<double, double>> Picture::extremes(double Point::*axis) const {
+    std::vector<Point> drawn = samplesWithin(mFrom, mTo);
+    for (const Band& band : mBands) {
+        const auto& device = band.exposure->device;
+        for (const auto& position : {band.exposure->outcome.position, device ? device->position : std::nullopt})
+            if (isFinite(position)) drawn.push_back({middle(band), position->x, position->y});
+    }
+    if (drawn.empty()) return std::nullopt;
+    const auto [least, largest] = std::ranges::minmax_element(drawn, {}, axis);
+    return std::pair((*least).*axis, (*largest).*axis);
 }
 
 std::string Picture::thinned(std::vector<Point> points, double longestMs) const {

@@ -31,8 +31,12 @@ public:
     Picture(const SensorRecording& sensor, const Extent& extent, const TimeLimits& limits,
             std::size_t columns = kColumns);
 
+    // With a margin around what was recorded.
     double from() const { return mFrom; }
     double to() const { return mTo; }
+    // When the sensor's samples and exposures begin and end.
+    double first() const { return mFirst; }
+    double last() const { return mLast; }
     bool isEmpty() const { return samplesWithin(mFrom, mTo).empty() && mBands.empty(); }
     // Few enough exposures to show the shape of each.
     bool isDetailed() const;
@@ -41,6 +45,9 @@ public:
     std::size_t unserved() const { return exposures() - count(0); }
     // The least and the largest rolling shutter, exposure and span, in words.
     std::string ranges() const;
+
+    // The least and the largest x or y of samples and positions; nothing without any.
+    std::optional<std::pair<double, double>> extremes(double Point::*axis) const;
 
     // Time, x, y.
     std::string samples() const;
@@ -100,6 +107,8 @@ private:
     const SensorRecording& mSensor;
     const Extent& mExtent;
     const std::size_t mColumns;
+    double mFirst = 0;
+    double mLast = 0;
     double mFrom = 0;
     double mTo = 0;
     int mLanes = 1;

@@ -1,6 +1,7 @@
 #include "tools/report/Plot.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <numeric>
 #include <stdexcept>
@@ -105,8 +106,21 @@ struct HallRows {
     const std::string samples, spans, positions, device, differences;
 };
 
+// Not so close to a lens at rest that the rounding of its samples fills the panel.
+std::string yRange(const Picture& picture, double Point::*axis) {
+    constexpr double kLeastHeightUm = 2;
+    constexpr double kFinest = 1e-5;  // of a position
+    const auto extremes = picture.extremes(axis);
+    if (!extremes) return "[0:1]";
+    const auto [least, largest] = *extremes;
+    const double middle = std::midpoint(least, largest);
+    const double height = std::max(kLeastHeightUm, kFinest * std::abs(middle));
+    if (largest - least >= height) return "[*:*]";
+    return fmt::format("[{:.10g}:{:.10g}]", middle - height / 2, middle + height / 2);
+}
+
 // One axis of the hall sensor; `column` is that of samples and positions.
-std::string axisPanel(const HallRows& rows, const Picture& picture, const char* name, int column) {
+std::string axisPanel(const HallRows& rows, const Picture& picture, double Point::*axis, int column) {
     Elements elements;
     elements.add(rows.samples,
                  fmt::format("$samples using 1:{} with lines lw 1 lc rgb '#8494a4' title 'hall samples'", column));
@@ -125,9 +139,8 @@ std::string axisPanel(const HallRows& rows, const Picture& picture, const char* 
                     "$differences using 1:{1} with points pt 6 ps 1.8 lw 2 lc rgb '#d0006f' "
                     "title 'device differs: {2}'",
                     column, column + 2, picture.countDifferences()));
-    const bool measured = !rows.samples.empty() || !rows.positions.empty() || !rows.device.empty();
-    return fmt::format("set yrange {}\nset ylabel 'hall {} (ois{}, as delivered)'\n", measured ? "[*:*]" : "[0:1]",
-                       name, column == 2 ? "X" : "Y") +
+    return fmt::format("set yrange {}\nset ylabel 'hall {} (ois{}, as delivered)'\n", yRange(picture, axis),
+                       column == 2 ? 'x' : 'y', column == 2 ? 'X' : 'Y') +
            elements.text();
 }
 
@@ -223,17 +236,17 @@ std::string plotScript(const Recording& recording, const PlotOptions& options) {
     if (sensors.empty()) throw std::invalid_argument("nothing to plot: the session has neither samples nor frames");
     if (sensor == sensors.end())
         throw std::invalid_argument(fmt::format("nothing to plot: the session has no sensor {}", *options.sensor));
-    recording.extent().checkBegin(options.limits);
     const Picture picture(sensor->second, recording.extent(), options.limits);
     if (picture.isEmpty())
-        throw std::invalid_argument("nothing to plot: the sensor has neither samples nor frames between these times");
+        throw std::invalid_argument(fmt::format("nothing to plot: the sensor has neither samples nor frames{}",
+                                                options.limits.given() ? " between these times" : " with times"));
 
     const HallRows rows(picture);
     const std::string range = fmt::format("set xrange [{:.10g}:{:.10g}]\n", picture.from(), picture.to());
     return terminal(options.file) + rows.blocks() + kStyle + heading(picture, sensor->first, options) + range +
-           "set format x ''\n" + marks(picture) + placeAt(0.65, 0.91) + axisPanel(rows, picture, "x", 2) +
-           "unset label\nunset key\n" + placeAt(0.365, 0.625) + axisPanel(rows, picture, "y", 3) + framePanel(picture) +
-           "unset multiplot\n";
+           "set format x ''\n" + marks(picture) + placeAt(0.65, 0.91) + axisPanel(rows, picture, &Point::x, 2) +
+           "unset label\nunset key\n" + placeAt(0.365, 0.625) + axisPanel(rows, picture, &Point::y, 3) +
+           framePanel(picture) + "unset multiplot\n";
 }
 
 void plot(const std::string& script, const std::string& file) {

@@ -10,6 +10,12 @@ namespace {
 
 using Fate = lsc::SampleQueue::Fate;
 
+bool isLong(const SpanUsed& span, std::uint64_t readoutNs) {
+    // Unsigned, because time stamps may lie anywhere in 64 bits; the last one is no earlier.
+    const std::uint64_t ns = static_cast<std::uint64_t>(span.lastNs) - static_cast<std::uint64_t>(span.firstNs);
+    return ns / lsc::kNsPerUs > 2 * (readoutNs / lsc::kNsPerUs) + lsc::kMatchWindowUs;
+}
+
 // In whole microseconds, rounded.
 std::uint64_t roundedUs(std::uint64_t ns) {
     return ns / lsc::kNsPerUs + (ns % lsc::kNsPerUs >= lsc::kNsPerUs / 2 ? 1 : 0);
@@ -125,6 +131,7 @@ void Statistics::count(const ExposureOutcome& outcome) {
         sensor.readoutUs.add(outcome.readoutNs / lsc::kNsPerUs);
         sensor.matchUs.add(outcome.span->distanceUs);
         sensor.spanSamples.add(narrow<std::uint64_t>(outcome.span->samples));
+        if (isLong(*outcome.span, outcome.readoutNs)) ++sensor.longSpans;
     }
 }
 

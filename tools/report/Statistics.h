@@ -20,6 +20,8 @@ struct SensorStatistics {
     Histogram matchUs;      // distance from the exposure start to the sample that the span starts from
     Histogram spanSamples;  // samples that were reduced to the position
     Histogram readoutUs;    // rolling shutter
+    // Spans that last more than twice the rolling shutter and the match window: no sample was near its end.
+    std::uint64_t longSpans = 0;
 
     Clock clock;                       // newest sample of a hand-over, against the frame's time stamp
     Histogram frameUs;                 // time between two frames, from the time stamps of hand-overs

@@ -19,10 +19,6 @@ using Fate = lsc::SampleQueue::Fate;
 constexpr int kCountWidth = 47;
 constexpr int kFigureWidth = 22;
 
-double longestMs(const SensorStatistics& sensor) {
-    return static_cast<double>(sensor.periodUs.max()) / 1000.0;  // as above
-}
-
 std::string distribution(const Histogram& values) {
     if (values.count() == 0) return "none";
     return fmt::format("median {}, 95 % up to {}, largest {}", values.quantile(0.5), values.quantile(0.95),
@@ -31,7 +27,7 @@ std::string distribution(const Histogram& values) {
 
 std::string rate(const SensorStatistics& sensor) {
     if (sensor.periodUs.count() == 0) return "unknown";
-    return fmt::format("{:.0f} Hz, longest step {:.3f} ms, {} above 2 periods", rateHz(sensor), longestMs(sensor),
+    return fmt::format("{}, longest step {}, {} above 2 periods", rateText(sensor), stepText(sensor.periodUs.max()),
                        counted(sensor.gaps(), "gap"));
 }
 

@@ -65,7 +65,6 @@ void Trace::exposuresAsked(const std::vector<ExposureOutcome>& outcomes) {
 }
 
 void Trace::finish() {
-    mExtent.checkBegin(mLimits);
     for (auto& [id, its] : mProcesses) {
         while (!its.waiting.empty())
             writeFirst(its);

@@ -30,8 +30,7 @@ public:
     void handedOver(const HandOver& handOver) override;
     void exposuresAsked(const std::vector<ExposureOutcome>& outcomes) override;
 
-    // Writes what waits, and the end. To be called once, after the session. Throws std::invalid_argument when the
-    // limits begin after the session's end.
+    // Writes what waits, and the end. To be called once, after the session.
     void finish();
 
 private:

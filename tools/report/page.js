@@ -221,8 +221,9 @@ function showTrace(section, sensor) {
       if (drawn.length) hint.textContent = reading(drawn.reduce((a, b) => Math.abs(b.middle - ms) < Math.abs(a.middle - ms) ? b : a));
     },
     drawCallback: graph => {
-      const [from, to] = graph.xAxisRange();
-      range.textContent = `From ${from.toFixed(1)} to ${to.toFixed(1)} ms from the first sample.`;
+      const [first, last] = sensor.bounds;
+      const [from, to] = graph.xAxisRange().map(ms => Math.min(Math.max(ms, first), last).toFixed(1));
+      range.textContent = `From ${from} to ${to} ms from the first sample.`;
     },
   };
   const y = { axisLabelWidth: 60 };

@@ -31,6 +31,10 @@ class Options(ToolTest):
                               cwd=self.folder, capture_output=True, text=True, check=True)
         return done.stdout.split()
 
+    def test_help(self):
+        helps = "".join(self.replay(*command, "--help") for command in COMMANDS)
+        self.assertEqual(helps, (ROOT / "tests/cli/help.txt").read_text(encoding="utf-8"))
+
     def test_manual_page(self):
         for command, section in zip(COMMANDS, ("OPTIONS", "ACCURACY", "COMPARE", "IMPORT")):
             lines = self.manual(section)

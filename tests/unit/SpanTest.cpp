@@ -144,18 +144,19 @@ TEST(Reduction, AnInvalidMeanHasNoSign) {
 }
 
 TEST(Reduction, LargestReplacesWhatIsNotGreater) {
-    ActiveSamples samples = at({1, 2, 3});
     SpanSearch span;
     span.end = 2;
-    samples.entries[0].x = kNan;
-    samples.entries[1].x = -5;
-    samples.entries[2].x = -7;
-    EXPECT_EQ(lsc::reduceSpan(samples, span, lsc::kLargest)->x, -5.F);
-    samples.entries[2].x = kNan;
-    EXPECT_TRUE(std::isnan(lsc::reduceSpan(samples, span, lsc::kLargest)->x));
-    samples.entries[0].x = samples.entries[1].x = 0.F;
-    samples.entries[2].x = -0.F;
-    EXPECT_TRUE(std::signbit(lsc::reduceSpan(samples, span, lsc::kLargest)->x));
+    const auto largestOf = [&span](float first, float second, float third) {
+        ActiveSamples samples = at({1, 2, 3});
+        for (const auto& [index, value] : {std::pair{0U, first}, {1U, second}, {2U, third}})
+            samples.entries[index].x = samples.entries[index].y = value;
+        return *lsc::reduceSpan(samples, span, lsc::kLargest);
+    };
+    for (const auto axis : {&lsc::LensPosition::x, &lsc::LensPosition::y}) {
+        EXPECT_EQ(largestOf(kNan, -5, -7).*axis, -5.F);
+        EXPECT_TRUE(std::isnan(largestOf(kNan, -5, kNan).*axis));
+        EXPECT_TRUE(std::signbit(largestOf(0.F, 0.F, -0.F).*axis));
+    }
 }
 
 }  // namespace

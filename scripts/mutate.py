@@ -44,6 +44,8 @@ THREADS = Stage(("lsc_unit_tests", "lsc_api_tests"), "unit|api", "tsan")
 TOOL_TESTS = Stage(("lsc_replay", "lsc_replay_tests", "lsc_import_tests"), "session|tool")
 SLOW = Stage(("lsc_replay",), "tool", slow=True)
 
+UNITS = "ShadingCustom.cpp", "ShadingCustomUtil.cpp"  # the API's tests know them best
+
 AREAS = {
     "library": (("aaa/", "customer/"), (UNIT_TESTS, API_TESTS, SESSIONS)),
     "host": (("platform/host/",), (UNIT_TESTS, API_TESTS, SESSIONS)),
@@ -221,7 +223,11 @@ def check_healthy(workshop, stages):
 
 
 def stages_of(fault, area):
-    return (THREADS,) if fault.kind == "lock" and area == "library" else AREAS[area][1]
+    if area == "library" and fault.kind == "lock":
+        return (THREADS,)
+    if area == "library" and fault.path.endswith(UNITS):
+        return API_TESTS, UNIT_TESTS, SESSIONS
+    return AREAS[area][1]
 
 
 # ---- The command

@@ -31,16 +31,16 @@ SampleQueue::Filing SampleQueue::push(std::uint32_t frame, Samples& batch) {
     return filing;
 }
 
-std::size_t SampleQueue::dropExcess() noexcept {
+bool SampleQueue::dropExcess() noexcept {
     const std::size_t count = sampleCount();
-    if (count <= kMaxBufferedSamples) return 0;
+    if (count <= kMaxBufferedSamples) return false;
     std::size_t excess = count - kMaxBufferedSamples;
     for (; excess >= mEntries.front().samples.size(); mEntries.pop_front())
         excess -= mEntries.front().samples.size();
     Samples& oldest = mEntries.front().samples;
     oldest.erase(oldest.begin(), std::next(oldest.begin(), static_cast<std::ptrdiff_t>(excess)));  // within the list
     if (oldest.capacity() > 2 * oldest.size()) oldest.shrink_to_fit();  // or a huge batch would stay in memory
-    return count - kMaxBufferedSamples;
+    return true;
 }
 
 bool SampleQueue::isSound() const {

@@ -30,7 +30,7 @@ public:
         Fate fate;
         std::size_t olderSamples = 0;  // of a split: what the entry before it kept
         std::int64_t splitTime = 0;    // of a split, ns
-        std::size_t dropped = 0;       // samples beyond kMaxBufferedSamples
+        bool dropped = false;          // there were samples beyond kMaxBufferedSamples
     };
 
     // Files the batch under `frame` and drops the oldest entry beyond the limit, and the oldest samples beyond
@@ -59,8 +59,8 @@ public:
 
 private:
     Filing split(std::uint32_t frame, const Samples& sorted, Samples& batch);
-    // Drops the samples beyond kMaxBufferedSamples; returns their number.
-    std::size_t dropExcess() noexcept;
+    // Drops the samples beyond kMaxBufferedSamples; whether there were any.
+    bool dropExcess() noexcept;
     // What holds between calls: bounded, no entry without samples, all samples in ascending order.
     bool isSound() const;
 

@@ -332,7 +332,7 @@ void TarvoShadingCustomUtil::TarvoSensorData::pushValue(std::uint32_t frame, lsc
     }
     const auto filing = mQueue.push(frame, data);
     if (filing.fate == Fate::kEmpty || filing.fate == Fate::kDiscarded) return;
-    if (filing.dropped != 0 && !mDropReported) {
+    if (filing.dropped && !mDropReported) {
         LSC_LOG_ERROR("more than %zu samples buffered, the oldest are dropped !!!", lsc::kMaxBufferedSamples);
         mDropReported = true;
     }

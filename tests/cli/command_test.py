@@ -34,6 +34,10 @@ class Command(ToolTest):
             with self.subTest(message):
                 self.assertIn(message, self.replay(*arguments, status=status))
 
+    def test_a_session_may_come_from_standard_input(self):
+        with HANDHELD.open() as session:
+            self.assertEqual(self.replay("-", stdin=session), self.replay(HANDHELD))
+
     def test_input_is_not_overwritten(self):
         log = self.run_command([*REPLAY, "--log", HANDHELD]).stderr
         capture = self.write("capture.txt", log)

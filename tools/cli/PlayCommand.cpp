@@ -240,7 +240,8 @@ std::string checkPlotName(const std::string& file) {
 
 void addPlayOptions(CLI::App& app, PlayArguments& arguments) {
     // Not marked as required, or it would take the name of a subcommand; main() asks for it.
-    app.add_option("SESSION", arguments.session, "Session file, one JSON object a line");
+    app.add_option("SESSION", arguments.session, "Session file, one JSON object a line; '-' reads standard input")
+        ->transform([](const std::string& path) { return path == "-" ? "/dev/stdin" : path; });
     app.add_option("--results", arguments.results,
                    "Write exact results, one JSON object per call ('-': standard output)")
         ->type_name("FILE");

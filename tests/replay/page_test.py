@@ -188,12 +188,14 @@ class Page(ToolTest):
             block = {"tag": 0xC0030000, "memory": {"size": 4712, "u64": {"4592": 20_000_000}}}
             lines += [json.dumps({"metadata": "m", "entries": [start, block]}),
                       '{"call":"fillLscOISCompInfo","sensor":0,"metadata":"m"}']
+        lines.insert(-2 * 2999, '#expect {"sensor":0,"type":1,"x":"1.000000","y":"1.000000"}')  # for the second exposure
         found = self.look("const drawn = () => ['.frames', '.y'].map(its => coloured(document.querySelector(its)).columns);"
                           "const whole = drawn(); drag(document.querySelector('.x'), 0.4, 0.45); const part = drawn();"
                           "drag(document.querySelector('.x'), 0.4, 0.45);"
                           "return {samples: data.sensors[0].samples.trim().split('\\n'), notes: text('.note'),"
                           "drawn: [...whole, ...part, ...drawn()], shown: text('#shown'),"
-                          "choices: text('#outcome option'), chunk: byId('exposures').tBodies[0].rows.length}",
+                          "choices: text('#outcome option'), chunk: byId('exposures').tBodies[0].rows.length,"
+                          "differing: choose('device', /differs/).length}",
                           self.write("long.jsonl", "\n".join(lines)))
         self.assertLess(len(found["samples"]), 61_000)
         heights = [float(sample.split()[2]) for sample in found["samples"]]
@@ -203,7 +205,7 @@ class Page(ToolTest):
         self.assertEqual([share > 0.7 for share in shares], [True] * 4 + [False] * 2, shares)
         self.assertTrue(any(note.startswith("Of 70,000 samples,") for note in found["notes"]), found["notes"])
         self.assertTrue(any("one in 2 of “" in note for note in found["notes"]), found["notes"])
-        self.assertEqual((found["chunk"], found["shown"]), (1000, ["1,000 of 1,501 shown"]))
+        self.assertEqual((found["chunk"], found["shown"], found["differing"]), (1000, ["1,000 of 1,501 shown"], 1))
         self.assertEqual(found["choices"][0], "all: 3,001")
 
     def test_a_session_without_exposures(self):

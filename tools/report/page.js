@@ -74,14 +74,11 @@ function pointsOf(sensor) {
 
 function visible(sensor, graph) {
   const [from, to] = graph.xAxisRange();
-  return sensor.exposures.filter(({ rows }) => rows && rows[2] >= from && rows[0] <= to);
+  return sensor.exposures.filter(({ rows, until }) => rows && until >= from && rows[0] <= to);
 }
 
-// How many exposures this one stands for, itself among them.
-const strideOf = (sensor, { group, differs }) => sensor.strides[differs || group];
-
-function isDetailed(sensor, exposures, { plotArea }) {
-  return exposures.reduce((sum, its) => sum + strideOf(sensor, its), 0) * DETAILED <= plotArea.w;
+function isDetailed(exposures, { plotArea }) {
+  return exposures.reduce((sum, { stride }) => sum + stride, 0) * DETAILED <= plotArea.w;
 }
 
 function polygon(canvas, colour, corners) {
@@ -100,15 +97,12 @@ function drawFrame({ group, rows, lane }, lanes, { drawingContext, dygraph, plot
           [[exposed, top], [read, top], [finished, bottom], [exposed + finished - read, bottom]]);
 }
 
-// The share of each outcome in each column; a reason has a tenth of the height at least. A listed exposure stands for
-// those that follow and are not, and for the time until the next frame.
-function drawShares(sensor, exposures, { drawingContext, dygraph, plotArea: { x, y, w, h } }) {
+// The share of each outcome in each column; a reason has a tenth of the height at least.
+function drawShares(exposures, { drawingContext, dygraph, plotArea: { x, y, w, h } }) {
   const bins = Array.from({ length: COLUMNS }, () => new Map());
-  for (const exposure of exposures) {
-    const { group, rows: [begin, , end] } = exposure;
+  for (const { group, rows: [begin], until } of exposures) {
     const at = ms => Math.min(COLUMNS - 1, Math.max(0, Math.floor((dygraph.toDomXCoord(ms) - x) / w * COLUMNS)));
-    const last = at(begin + Math.max(end - begin, sensor.interval_us / 1000) * strideOf(sensor, exposure));
-    for (let i = at(begin); i <= last; ++i) bins[i].set(group, (bins[i].get(group) ?? 0) + 1);
+    for (let i = at(begin); i <= at(until); ++i) bins[i].set(group, (bins[i].get(group) ?? 0) + 1);
   }
   bins.forEach((groups, i) => {
     const all = [...groups.values()].reduce((sum, its) => sum + its, 0);
@@ -127,7 +121,7 @@ function drawShares(sensor, exposures, { drawingContext, dygraph, plotArea: { x,
 function drawFrames(sensor) {
   return event => {
     const exposures = visible(sensor, event.dygraph);
-    if (!isDetailed(sensor, exposures, event)) return drawShares(sensor, exposures, event);
+    if (!isDetailed(exposures, event)) return drawShares(exposures, event);
     for (const exposure of exposures) drawFrame(exposure, sensor.lanes, event);
   };
 }
@@ -140,7 +134,7 @@ function drawSpans(sensor, points, axis) {
     Dygraph.Plotters.linePlotter(event);
     canvas.setLineDash([]);
     const exposures = visible(sensor, dygraph);
-    dygraph.isDetailed = isDetailed(sensor, exposures, event);  // for the points, which are drawn next
+    dygraph.isDetailed = isDetailed(exposures, event);  // for the points, which are drawn next
     if (!dygraph.isDetailed) return;
     const line = (colour, width, corners) => {
       canvas.strokeStyle = colour;
@@ -173,11 +167,12 @@ function ringDifferences(sensor, axis) {
     Dygraph.Plotters.linePlotter(event);
     const { drawingContext: canvas, dygraph, plotArea } = event;
     const differing = visible(sensor, dygraph).filter(({ differs }) => differs);
+    const radius = differing.length * 16 <= plotArea.w ? 7 : 1;
     canvas.strokeStyle = DIFFERS;
     canvas.lineWidth = 2;
     for (const { middle, position, device } of differing) {
       canvas.beginPath();
-      canvas.arc(...dygraph.toDomCoords(middle, (device ?? position)[axis]), differing.length * 16 > plotArea.w ? 1 : 7, 0, 2 * Math.PI);
+      canvas.arc(...dygraph.toDomCoords(middle, (device ?? position)[axis]), radius, 0, 2 * Math.PI);
       canvas.stroke();
     }
   };
@@ -220,15 +215,18 @@ function timeTicks(from, to, width, options, graph) {
   return Dygraph.numericTicks(from / ms, to / ms, width, options, graph).map(({ v }) => ({ v: v * ms, label: `${count(v)} ${unit}` }));
 }
 
-// Gives each exposure the time at which its position is drawn, and a lane in which no other overlaps it.
+// Gives each exposure the time at which its position is drawn, a lane in which no other overlaps it, and the number of
+// exposures that it stands for, those that follow and are not listed, with the time until which these last.
 function arrange(sensor) {
   const ends = [];  // of the lanes
   for (const its of sensor.exposures.filter(({ rows }) => rows)) {
-    const times = its.span ?? its.rows;
+    const times = its.span ?? its.rows, [begin, , end] = its.rows;
+    its.stride = sensor.strides[its.differs || its.group];
+    its.until = begin + Math.max(end - begin, sensor.interval_us / 1000) * its.stride;
     its.middle = (times[0] + times.at(-1)) / 2;
-    its.lane = ends.findIndex(end => end <= its.rows[0]);
+    its.lane = ends.findIndex(last => last <= begin);
     if (its.lane < 0) its.lane = ends.length < MOST_LANES ? ends.length : ends.indexOf(Math.min(...ends));
-    ends[its.lane] = its.rows[2];
+    ends[its.lane] = end;
   }
   sensor.lanes = ends.length;
 }

@@ -77,8 +77,10 @@ function visible(sensor, graph) {
   return sensor.exposures.filter(({ rows, until }) => rows && until >= from && rows[0] <= to);
 }
 
-function isDetailed(exposures, { plotArea }) {
-  return exposures.reduce((sum, { stride }) => sum + stride, 0) * DETAILED <= plotArea.w;
+function isDetailed(exposures, { dygraph, plotArea }) {
+  const [from, to] = dygraph.xAxisRange();
+  const share = ({ rows: [begin], until }) => (Math.min(to, until) - Math.max(from, begin)) / (until - begin || 1);
+  return exposures.reduce((sum, its) => sum + its.stride * share(its), 0) * DETAILED <= plotArea.w;
 }
 
 function polygon(canvas, colour, corners) {
@@ -215,8 +217,8 @@ function timeTicks(from, to, width, options, graph) {
   return Dygraph.numericTicks(from / ms, to / ms, width, options, graph).map(({ v }) => ({ v: v * ms, label: `${count(v)} ${unit}` }));
 }
 
-// Gives each exposure the time at which its position is drawn, a lane in which no other overlaps it, and the number of
-// exposures that it stands for, those that follow and are not listed, with the time until which these last.
+// Gives each exposure the time at which its position is drawn, a lane in which no other overlaps it, the number of
+// exposures that it stands for, which are itself and those that follow and are not listed, and when they end.
 function arrange(sensor) {
   const ends = [];  // of the lanes
   for (const its of sensor.exposures.filter(({ rows }) => rows)) {
@@ -246,7 +248,8 @@ function showTrace(section, sensor) {
     dateWindow: sensor.range, connectSeparatedPoints: true, legend: 'never', xLabelHeight: 0, gridLineColor: '#ddd',
     highlightCallback: (event, ms) => {
       const drawn = visible(sensor, graphs[0]);
-      if (drawn.length) hint.textContent = reading(drawn.reduce((a, b) => Math.abs(b.middle - ms) < Math.abs(a.middle - ms) ? b : a));
+      hint.textContent = drawn.length === 0 ? 'No exposure here.'
+        : reading(drawn.reduce((a, b) => Math.abs(b.middle - ms) < Math.abs(a.middle - ms) ? b : a));
     },
     drawCallback: graph => {
       const [from, to] = graph.xAxisRange();

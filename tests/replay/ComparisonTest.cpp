@@ -95,8 +95,8 @@ TEST_F(Compared, AToleranceCountsForEveryView) {
                 IsSupersetOf({Pair("  equal to within 0.001", 1), Pair("  different positions", 1)}));
     EXPECT_THAT(mOut.str(), AllOf(HasSubstr("1.001100"), Not(HasSubstr("1.000900"))));
     const auto& exposures = recording.sensors().at(0).exposures;
-    EXPECT_FALSE(exposures[0].device->differs);
-    EXPECT_TRUE(exposures[1].device->differs);
+    EXPECT_FALSE(exposures[0].differs());
+    EXPECT_TRUE(exposures[1].differs());
 }
 
 TEST_F(Compared, NothingComparedGivesNoCounts) {

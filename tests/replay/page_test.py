@@ -21,7 +21,22 @@ function drag(box, from, to, more = {}) {
 }
 const text = selector => [...document.querySelectorAll(selector)].map(element => element.textContent);
 const range = () => text('.range').map(its => its.match(/-?[0-9.]+/g).slice(0, 2).map(Number));
-const choose = (id, value) => { byId(id).value = value; byId(id).onchange(); return byId('exposures').tBodies[0].rows; };
+function choose(id, pattern) {
+  byId(id).selectedIndex = [...byId(id).options].findIndex(({ text }) => pattern.test(text));
+  byId(id).onchange();
+  return byId('exposures').tBodies[0].rows;
+}
+// Of each row and column of pixels, whether there is a colour; the grid is grey.
+function coloured(box) {
+  const canvas = box.querySelector('canvas'), { width, height } = canvas;
+  const copy = new OffscreenCanvas(width, height).getContext('2d');
+  copy.drawImage(canvas, 0, 0);
+  const { data: pixels } = copy.getImageData(0, 0, width, height);
+  const rows = Array(height).fill(0), columns = Array(width).fill(0);
+  for (let i = 0; i < pixels.length; i += 4)
+    if (pixels[i] !== pixels[i + 1]) rows[Math.floor(i / 4 / width)] = columns[i / 4 %% width] = 1;
+  return { rows: rows.join(''), columns: columns.join('') };
+}
 const found = (() => { %s })();
 document.body.append(make('output', JSON.stringify(found)));
 </script></body>"""
@@ -37,7 +52,7 @@ class Page(ToolTest):
         probed = self.write("probed.html", page.replace("</body>", PROBE % probe))
         done = self.run_command(["chromium", *FLAGS, f"--user-data-dir={self.folder / 'profile'}", "--dump-dom",
                                  probed.as_uri()])
-        self.assertNotIn("CONSOLE", done.stderr)
+        self.assertEqual([line for line in done.stderr.splitlines() if "CONSOLE" in line], [])
         return json.loads(html.unescape(re.search(r"<output>(.*)</output>", done.stdout)[1]))
 
     def test_shows_what_the_table_shows(self):
@@ -51,9 +66,9 @@ class Page(ToolTest):
             self.assertIn(text, summary)
 
     def test_filter(self):
-        found = self.look("const rows = choose('outcome', data.groups.findIndex(([text]) => /within/.test(text)));"
+        found = self.look("const rows = choose('outcome', /within/);"
                           "return {texts: [...rows].map(row => row.lastChild.textContent), shown: text('#shown'),"
-                          "all: choose('outcome', '').length}", HANDHELD)
+                          "all: choose('outcome', /all/).length}", HANDHELD)
         self.assertEqual([text.startswith("nearest sample") for text in found["texts"]], [True] * 3)
         self.assertEqual((found["shown"], found["all"]), (["3 of 3 shown"], 691))
 
@@ -62,7 +77,7 @@ class Page(ToolTest):
             "const frames = document.querySelector('.frames'), x = document.querySelector('.x'), steps = [range()[0]];"
             "drag(x, 0.25, 0.5); steps.push(range()[0]);"
             "drag(frames, 0.5, 0.25, {shiftKey: true}); steps.push(range()[0]);"
-            "choose('outcome', '')[183].onclick(); steps.push(range()[0]);"
+            "choose('outcome', /all/)[183].onclick(); steps.push(range()[0]);"
             "x.querySelectorAll('canvas')[1].dispatchEvent(new MouseEvent('mousemove', {bubbles: true,"
             "  clientX: x.getBoundingClientRect().left + 660, clientY: x.getBoundingClientRect().top + 60}));"
             "return {steps, reading: text('.reading')[0]}", HANDHELD)
@@ -74,6 +89,58 @@ class Page(ToolTest):
                 self.assertAlmostEqual(edge, wanted, delta=share / 10)
         self.assertAlmostEqual(row[1] - row[0], 200 + 4.97 + 15.98, delta=0.1)
         self.assertRegex(found["reading"], r"^frame 18[345], sensor 0, .*detail nearest sample")
+
+    def test_device_differences(self):
+        lines = HANDHELD.read_text().splitlines(keepends=True)
+        asked = [i for i, line in enumerate(lines) if "fillLscOISCompInfo" in line][:9]
+        self.write("short.jsonl", "".join(lines[:asked[-1] + 1]))
+        self.replay("--csv", "rows.csv", "short.jsonl")
+        rows = [row.split(",")[6:8] for row in (self.folder / "rows.csv").read_text().splitlines()[1:]]
+        here = [[float(value or 0) for value in row] for row in rows]
+        cases = {0: ((1.5, -2.5), "only there: 1.5, -2.5"), 1: (None, "agrees"), 3: ((0, 0), "agrees"),
+                 4: ((0.25, 0), "off by 0.25, 0"), 5: (None, "only here"), 6: ((-0.001, 20), "off by -0.001, 20")}
+        for case, (device, _) in cases.items():
+            x, y = (f"{at + by:.6f}" for at, by in zip(here[case], device)) if device else (None, None)
+            lines[asked[case]] += "#expect " + json.dumps({"sensor": 0, "type": 1, "x": x, "y": y}) + "\n"
+        found = self.look(
+            "const listed = (id, pattern) => [...choose(id, pattern)].map(row => [Number(row.cells[1].textContent) - 1, "
+            "  row.className, row.cells[row.cells.length - 2].textContent]);"
+            "const all = listed('device', /^all/), filters = text('#device option');"
+            "const frames = [/^differs/, /^different/, /only/, /more than/].map(its => listed('device', its).map(([i]) => i));"
+            "choose('device', /differs/);"
+            "return {all, filters, frames, both: listed('outcome', /fewer/).length, legend: text('.legend span')}",
+            self.write("device.jsonl", "".join(lines[:asked[-1] + 1])))
+        differing = [case for case, (_, text) in cases.items() if text != "agrees"]
+        self.assertEqual(found["all"], [[i, "differs" if i in differing else "", cases.get(i, (0, ""))[1]] for i in range(9)])
+        self.assertEqual(found["filters"], ["all", "differs: 4", "different positions: 2", "a position on the device only: 1",
+                                            "a position here only: 1", "off by more than 1"])
+        self.assertEqual((found["frames"], found["both"]), ([differing, [4, 6], [0], [6]], 1))
+        self.assertLessEqual(set(found["filters"][2:5]), set(found["legend"]))
+
+    def test_axis_follows_the_zoom(self):
+        samples = [[i * 600_000_000_000, 0, 0, i, 0] for i in range(1, 8)]
+        session = self.write("hour.jsonl", json.dumps({"samples": 5, "data": samples}) + """
+            {"platform":"sensor","sensor":0}
+            {"call":"RegisterAndStartSensorMonitor","sensor":0,"type":5}
+            {"call":"UpdateSensorData","sensor":0,"frame":1,"timestamp":1}""")
+        found = self.look("const seen = [], look = () => seen.push([range()[0], text('.y .dygraph-axis-label-x')]); look();"
+                          "for (const share of [0.01, 0.01]) {"
+                          "  drag(document.querySelector('.x'), 0.5, 0.5 + share); look(); }"
+                          "return seen", session)
+        self.assertEqual(found[0][1], [f"{i} min" for i in range(0, 61, 10)])
+        for ((begin, end), labels), (unit, ms) in zip(found, [("min", 60_000), ("s", 1000), ("ms", 1)]):
+            times = [float(its.removesuffix(" " + unit).replace(",", "")) * ms for its in labels]
+            self.assertGreater(len(times), 3)
+            self.assertTrue(begin <= times[0] and times[-1] <= end, (begin, times, end))
+            for i, time in enumerate(times):
+                self.assertAlmostEqual(time, times[0] + i * (times[1] - times[0]), places=3)
+
+    def test_frames_keep_apart_and_the_strip_together(self):
+        zoomed = self.look("choose('outcome', /all/)[183].onclick(); return coloured(document.querySelector('.frames')).rows", HANDHELD)
+        self.assertRegex(zoomed, "^0*1+0{4,9}1+0*$")
+        short = "".join(line for line in HANDHELD.read_text().splitlines(keepends=True) if "StoreRollingShutter" not in line)
+        strip = self.look("return coloured(document.querySelector('.frames')).columns", self.write("short.jsonl", short))
+        self.assertRegex(strip, "^0*1+0{1,3}1+0*$")  # a frame is missing
 
     def test_part(self):
         found = self.look("return {rows: text('#exposures tbody tr').length, range: range()[0], part: text('#part')[0]}",
@@ -104,30 +171,42 @@ class Page(ToolTest):
         session = self.write("two.jsonl", "".join(lines + other + [
             '{"call":"fillLscOISCompInfo","sensor":1,"metadata":null}\n']))
         found = self.look("return {headings: text('#sensors h2'), graphs: text('.graph').length,"
-                          "counts: [0, 3, 1].map(id => choose('sensor', `${id}`).length)}", session)
+                          "counts: [/0/, /3/, /1/].map(id => choose('sensor', id).length)}", session)
         self.assertEqual(found["headings"], ["Sensor 0", "Sensor 1", "Sensor 3"])
         self.assertEqual(found["graphs"], 6)
         self.assertEqual(found["counts"], [found["counts"][0]] * 2 + [1])
 
     def test_a_long_session_is_reduced_and_the_page_says_so(self):
-        lines = ['{"platform":"sensor","sensor":0}', '{"call":"RegisterAndStartSensorMonitor","sensor":0,"type":5}']
+        lines = ['{"platform":"sensor","sensor":0,"otp_layout":{"oisCalibration":{"offset":4,"size":4,"valid":3,"indexNum":1,'
+                 '"tableNumber":2},"enable":1},"otp":"0000000101020304"}',
+                 '{"call":"RegisterAndStartSensorMonitor","sensor":0,"type":5}']
         for batch in range(7):
-            rows = [[(batch * 10_000 + i) * 1_000_000, 0, 0, i % 7 - 3, 0] for i in range(1, 10_001)]
+            rows = [[(batch * 10_000 + i) * 1_000_000, 0, 0, i % 7 - 3, -batch * 10_000 - i] for i in range(1, 10_001)]
             lines += [json.dumps({"samples": 5, "data": rows}),
-                      json.dumps({"call": "UpdateSensorData", "sensor": 0, "frame": batch, "timestamp": rows[0][0]})]
+                      json.dumps({"call": "UpdateSensorData", "sensor": 0, "frame": batch, "timestamp": 1})]
         for i in range(3001):
             start = {"tag": 0xC0010017, "int64": [(i + 100) * 20_000_000]}
-            block = {"tag": 0xC0030000, "memory": {"size": 4712, "u64": {"4592": 1_000_000}}}
+            block = {"tag": 0xC0030000, "memory": {"size": 4712, "u64": {"4592": 20_000_000}}}
             lines += [json.dumps({"metadata": "m", "entries": [start, block]}),
                       '{"call":"fillLscOISCompInfo","sensor":0,"metadata":"m"}']
-        found = self.look("return {samples: data.sensors[0].samples.split('\\n').length, notes: text('.note'),"
-                          "shown: text('#shown'),"
-                          "choices: text('#outcome option'), chunk: byId('exposures').tBodies[0].rows.length}",
+        lines.insert(-2 * 2999, '#expect {"sensor":0,"type":1,"x":"1.000000","y":"1.000000"}')  # for the second exposure
+        found = self.look("const drawn = () => ['.frames', '.y'].map(its => coloured(document.querySelector(its)).columns);"
+                          "const whole = drawn(); drag(document.querySelector('.x'), 0.4, 0.45); const part = drawn();"
+                          "drag(document.querySelector('.x'), 0.4, 0.45);"
+                          "return {samples: data.sensors[0].samples.trim().split('\\n'), notes: text('.note'),"
+                          "drawn: [...whole, ...part, ...drawn()], shown: text('#shown'),"
+                          "choices: text('#outcome option'), chunk: byId('exposures').tBodies[0].rows.length,"
+                          "differing: choose('device', /differs/).length}",
                           self.write("long.jsonl", "\n".join(lines)))
-        self.assertLess(found["samples"], 61_000)
+        self.assertLess(len(found["samples"]), 61_000)
+        heights = [float(sample.split()[2]) for sample in found["samples"]]
+        self.assertEqual(heights, sorted(heights, reverse=True))
+        shares = [its.strip("0").count("1") / len(its) for its in found["drawn"]]
+        # Frames and trace: whole; nearer, where a listed frame still stands for two; so near that points are missing.
+        self.assertEqual([share > 0.7 for share in shares], [True] * 4 + [False] * 2, shares)
         self.assertTrue(any(note.startswith("Of 70,000 samples,") for note in found["notes"]), found["notes"])
         self.assertTrue(any("one in 2 of “" in note for note in found["notes"]), found["notes"])
-        self.assertEqual((found["chunk"], found["shown"]), (1000, ["1,000 of 1,501 shown"]))
+        self.assertEqual((found["chunk"], found["shown"], found["differing"]), (1000, ["1,000 of 1,501 shown"], 1))
         self.assertEqual(found["choices"][0], "all: 3,001")
 
     def test_a_session_without_exposures(self):

@@ -61,12 +61,13 @@ std::vector<std::pair<std::string, std::uint64_t>> Comparison::counts() const {
         all += its;
     const std::string near =
         mTolerance == kRounding ? "equal except in the last decimal" : fmt::format("equal to within {}", mTolerance);
-    return {{"exposures compared with the device", all},
-            {"  equal to six decimals, or none on both", count(Agreement::kSame)},
-            {"  " + near, count(Agreement::kNear)},
-            {"  different positions", count(Agreement::kDifferent)},
-            {"  a position on the device only", count(Agreement::kOnlyDevice)},
-            {"  a position here only", count(Agreement::kOnlyHere)}};
+    std::vector<std::pair<std::string, std::uint64_t>> counts{
+        {"exposures compared with the device", all},
+        {"  equal to six decimals, or none on both", count(Agreement::kSame)},
+        {"  " + near, count(Agreement::kNear)}};
+    for (const auto& [agreement, words] : kUnmet)
+        counts.emplace_back("  " + std::string(words), count(agreement));
+    return counts;
 }
 
 }  // namespace replay

@@ -45,9 +45,19 @@ std::size_t groupOf(const ExposureOutcome& outcome) {
     return outcome.reason ? indexOf(outcome.reason->kind) + 1 : 0;
 }
 
-// The exposures of a sensor that lie in the part of the session, and which of them are listed.
+// How the device differs, behind the groups; none where it does not.
+std::optional<std::size_t> differenceOf(const RecordedExposure& exposure) {
+    for (std::size_t i = 0; exposure.device && i < kUnmet.size(); ++i)
+        if (kUnmet.at(i).first == exposure.device->agreement) return kGroups + i;
+    return std::nullopt;
+}
+
+// The exposures of a sensor that lie in the part of the session, and which of them are listed. One that differs from
+// the device's counts for its outcome, too, but is listed among those that differ alike: no other stands for it.
 class Listing {
 public:
+    using Counts = std::array<std::size_t, kGroups + kUnmet.size()>;
+
     Listing(const SensorRecording& sensor, const Extent& extent, const TimeLimits& limits) {
         for (const RecordedExposure& exposure : sensor.exposures) {
             const auto times = timesOf(exposure.outcome);
@@ -56,26 +66,27 @@ public:
             if (!within) continue;
             mWithin.push_back(&exposure);
             ++mCounts[groupOf(exposure.outcome)];
+            if (const auto difference = differenceOf(exposure)) ++mCounts.at(*difference);
         }
     }
 
-    const std::array<std::size_t, kGroups>& counts() const { return mCounts; }
-    // One exposure in so many stands for all of the group.
+    const Counts& counts() const { return mCounts; }
+    // One exposure in so many stands for all of the group or difference.
     std::size_t stride(std::size_t group) const { return (mCounts.at(group) + kMaxListed - 1) / kMaxListed; }
 
     std::vector<const RecordedExposure*> listed() const {
         std::vector<const RecordedExposure*> listed;
-        std::array<std::size_t, kGroups> seen{};
+        Counts seen{};
         for (const RecordedExposure* const exposure : mWithin) {
-            const std::size_t group = groupOf(exposure->outcome);
-            if (seen[group]++ % stride(group) == 0) listed.push_back(exposure);
+            const std::size_t group = differenceOf(*exposure).value_or(groupOf(exposure->outcome));
+            if (seen.at(group)++ % stride(group) == 0) listed.push_back(exposure);
         }
         return listed;
     }
 
 private:
     std::vector<const RecordedExposure*> mWithin;
-    std::array<std::size_t, kGroups> mCounts{};
+    Counts mCounts{};
 };
 
 class Writer {
@@ -104,6 +115,9 @@ private:
         mJson.key("groups").beginList();
         for (std::size_t group = 0; group < kGroups; ++group)
             mJson.beginList().value(groupText(group)).value(kColours.at(group)).endList();
+        mJson.endList().key("differences").beginList();
+        for (const auto& [agreement, words] : kUnmet)
+            mJson.value(words);
         mJson.endList();
     }
 
@@ -113,6 +127,7 @@ private:
         const SensorRecording& sensor = found == mPage.recording.sensors().end() ? kNothing : found->second;
         mJson.beginObject().member("id", id);
         add(mJson, "figures", figuresOf(statistics));
+        mJson.member("interval_us", statistics.frameUs.quantile(0.5));  // 0 for unknown
         const Picture picture(sensor, mExtent, mPage.limits, kColumns);
         if (!picture.isEmpty()) {
             add(mJson, "range", {picture.from(), picture.to()});
@@ -130,7 +145,7 @@ private:
 
     void addCounts(const Listing& listing) {
         mJson.member("counts", listing.counts()).key("strides").beginList();
-        for (std::size_t group = 0; group < kGroups; ++group)
+        for (std::size_t group = 0; group < listing.counts().size(); ++group)
             mJson.value(listing.stride(group));
         mJson.endList();
     }
@@ -145,7 +160,7 @@ private:
         if (const auto& span = outcome.span) add(mJson, "span", {ms(span->firstNs), ms(span->lastNs)});
         if (outcome.position) add(mJson, "position", {outcome.position->x, outcome.position->y});
         if (exposure.device) {
-            mJson.member("differs", exposure.device->differs);
+            mJson.member("differs", differenceOf(exposure).value_or(0));
             if (const auto& device = exposure.device->position) add(mJson, "device", {device->x, device->y});
         }
         mJson.endObject();

@@ -189,7 +189,7 @@ std::vector<Picture::Difference> Picture::differing() const {
     std::vector<Difference> found;
     for (const Band& band : mBands) {
         const auto& device = band.exposure->device;
-        if (!device || !device->differs) continue;
+        if (!band.exposure->differs()) continue;
         const auto& position = band.exposure->outcome.position;
         if (!isFinite(position) && !isFinite(device->position)) continue;
         const Position here = isFinite(position) ? *position : *device->position;

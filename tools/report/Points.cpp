@@ -2,12 +2,22 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include <fmt/format.h>
 
 #include "tools/session/Narrow.h"
 
 namespace replay {
+namespace {
+
+// The least and the largest, in order of time: a line through those of falling points falls.
+std::pair<double, double> extremes(std::span<const Point> points, double Point::*axis) {
+    const auto [low, high] = std::ranges::minmax(points, {}, axis);
+    return low.ms < high.ms ? std::pair{low.*axis, high.*axis} : std::pair{high.*axis, low.*axis};
+}
+
+}  // namespace
 
 std::size_t Columns::at(double ms) const {
     const double share = std::clamp((ms - fromMs) / (toMs - fromMs), 0.0, 1.0);
@@ -38,10 +48,10 @@ std::string thinnedRows(std::span<const Point> points, const Columns& columns, d
         while (!each && end < points.size() && columns.at(points[end].ms) == columns.at(points[i].ms))
             ++end;
         const auto its = points.subspan(i, end - i);
-        const auto [lowX, highX] = std::ranges::minmax(its, {}, &Point::x);
-        const auto [lowY, highY] = std::ranges::minmax(its, {}, &Point::y);
-        rows += row({its.front().ms, lowX.x, lowY.y});
-        if (its.size() > 1) rows += row({its.back().ms, highX.x, highY.y});
+        const auto [firstX, lastX] = extremes(its, &Point::x);
+        const auto [firstY, lastY] = extremes(its, &Point::y);
+        rows += row({its.front().ms, firstX, firstY});
+        if (its.size() > 1) rows += row({its.back().ms, lastX, lastY});
         i = end;
     }
     return rows;

@@ -4,17 +4,16 @@
 #include <cstdlib>
 #include <span>
 
-#include "tools/report/Agreement.h"
 #include "tools/session/Expectation.h"
 
 namespace replay {
 namespace {
 
 RecordedExposure::Device compare(const ExposureOutcome& here, const Expectation& device, double tolerance) {
-    const bool differs = !isMet(agreementOf(printedPosition(here), device.position, tolerance));
-    if (!device.position) return {std::nullopt, differs};
+    const Agreement agreement = agreementOf(printedPosition(here), device.position, tolerance);
+    if (!device.position) return {std::nullopt, agreement};
     const auto& [x, y] = *device.position;
-    return {Position{std::strtod(x.c_str(), nullptr), std::strtod(y.c_str(), nullptr)}, differs};
+    return {Position{std::strtod(x.c_str(), nullptr), std::strtod(y.c_str(), nullptr)}, agreement};
 }
 
 }  // namespace

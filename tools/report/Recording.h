@@ -9,6 +9,7 @@
 
 #include "tools/diagnose/Observer.h"
 #include "tools/diagnose/Outcome.h"
+#include "tools/report/Agreement.h"
 #include "tools/report/Extent.h"
 #include "tools/session/Expectation.h"
 
@@ -26,7 +27,7 @@ struct RecordedExposure {
     // What a device made of it.
     struct Device {
         std::optional<Position> position;
-        bool differs;  // by more than the tolerance, or one of both has no position
+        Agreement agreement;
     };
 
     // Whether it has no position, neither from this call nor from an earlier one.
@@ -34,6 +35,8 @@ struct RecordedExposure {
 
     ExposureOutcome outcome;
     std::optional<Device> device;
+
+    bool differs() const { return device && !isMet(device->agreement); }
 };
 
 struct SensorRecording {

@@ -4,7 +4,8 @@
     python3 bench/scale.py build/release/tools/cli/lsc_replay build/scale.svg [--minutes 1 10 60]
 
 Sessions are bench/long_session.py's, captures bench/long_capture.sh's: a capture has 220 MB a minute, and is piped, so
-that none is kept. The processor time is drawn, because others on the machine add to any other. Needs gnuplot.
+that none is kept. The processor time is drawn, because others on the machine add to any other. No peak can be below
+this script's own memory, some 14 MB. Needs gnuplot.
 """
 import argparse
 import os

@@ -49,6 +49,15 @@ TEST_F(Facade, PropertiesAreReadOnce) {
     EXPECT_EQ(index, 3);
 }
 
+TEST_F(Facade, AMonitorThatIsLeftEndsWithTheObject) {
+    int disabled = 0;
+    test::startWith(test::millisecondSamples(0, 1));
+    host::setHook([&](host::Operation operation) { disabled += operation == host::Operation::kDisableSensor; });
+    test::dropCustomerObject();
+    EXPECT_EQ(disabled, 1);
+    host::setHook(nullptr);
+}
+
 TEST_F(Facade, WithoutMemoryGivesNeutralResultsAndTriesAgain) {
     int index = 7;
     bool supported = true;

@@ -138,7 +138,8 @@ void append(std::string& text, const Json& value, std::size_t maxBytes) {
 }  // namespace
 
 std::string checkedLine(std::string_view line) {
-    if (line.starts_with("\x1F\x8B")) throw LineError("compressed: unpack the session first, or play gunzip -c FILE | lsc_replay -");
+    if (line.starts_with("\x1F\x8B"))
+        throw LineError("compressed: unpack the session first, or play gunzip -c FILE | lsc_replay -");
     // The parser takes a zero byte for the end of the input and skips a byte order mark.
     if (line.find('\0') != std::string_view::npos) {
         throw LineError("not valid JSON: contains a zero byte; if it is UTF-16, make it UTF-8 first, with iconv");

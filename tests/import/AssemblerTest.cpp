@@ -78,9 +78,9 @@ TEST(Assemblers, MakeFrames) {
         {"a calculation alone", Messages(whole.begin() + 2, whole.end() - 1), "[s3t1p*]"},
         {"without its calculation", without(whole, "oisCount"),
          "T [query] \"messages of a calculation whose beginning is not in the capture\" \"a position of sensor 3 "
-         "without its calculation; left out\" \"a position was written; its calculation is not in the capture\""},
+         "without its calculation; left out\" \"a position was written; which calculation's is not in the capture\""},
         {"without its result", joined({without(whole, "out_frame"), next}),
-         "T[s3t1?] \"a position was written; its calculation is not in the capture\" T[s3t1p*]"},
+         "T[s3t1?] \"a position was written; which calculation's is not in the capture\" T[s3t1p*]"},
         {"a step lost", without(whole, "startIndex, index = 3,"), "T[s3t1p] \"1 message of a calculation missing\""},
         {"a listed sample lost", without(whole, "data index = 70,"), "T[s3t1p]"},
         {"from one into the next", joined({begin(whole), result(next)}), "T[s3t1p]"},

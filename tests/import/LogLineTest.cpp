@@ -71,11 +71,12 @@ TEST(LogLine, OfTheFormLongTakesTwoLines) {
 }
 
 TEST(LogLine, OfOtherFormsIsNone) {
-    for (const char* line : {"", " ", "--------- beginning of main", "11-22 10:11:12.345", "at com.android.Camera",
-                             "11-22 10:11:12 1234 5678 D Tag: x", "11-22 10:11:12.345 1234 5678 Tag: x",
-                             "11-22 10:11:12.345 1234 5678 D Tag x", "1234 5678 D Tag: x", "D/Tag(1234) x", "D/Tag",
-                             "D(12) no tag", "D( 12:  13) x", "[ 11-22 10:11:12.345  1: 2 D/Tag ]",
-                             "11-22 10:11:12.345 99999999999 1 D Tag: x", "\xff\xfe/(1):"}) {
+    for (const char* line :
+         {"", " ", "--------- beginning of main", "11-22 10:11:12.345", "at com.android.Camera",
+          "11-22 10:11:12 1234 5678 D Tag: x", "11-22 10:11:12.345 1234 5678 Tag: x",
+          "11-22 10:11:12.345 1234 5678 D Tag x", "1234 5678 D Tag: x", "D/Tag(1234) x", "D/Tag", "D(12) no tag",
+          "D( 12:  13) x", "[ 11-22 10:11:12.345  1: 2 D/Tag ]", "11-22 10:11:12.345 99999999999 1 D Tag: x",
+          "11-22 10:11:12.345 1 99999999999 D Tag: x", "\xff\xfe/(1):"}) {
         EXPECT_FALSE(parseLogLine(line)) << line;
     }
     EXPECT_FALSE(parseLogLine(std::string("D/\0(", 4)));

@@ -124,7 +124,7 @@ void FrameAssembler::take(const ValuesFilled& filled, std::size_t line) {
     };
     const auto found = std::ranges::find_if(mOpen, ends);
     if (found == mOpen.end()) {
-        return mTimeline.doubt(line, "a position was written; its calculation is not in the capture");
+        return mTimeline.doubt(line, "a position was written; which calculation's is not in the capture");
     }
     Exposure& exposure = frameOf(*found).exposures.back();
     exposure.filled = true;

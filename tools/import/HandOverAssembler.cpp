@@ -23,38 +23,40 @@ NSCam::Utils::SensorData sampleOf(const SampleReceived& received) {
 }  // namespace
 
 HandOver& HandOverAssembler::open(std::size_t line) {
-    if (!mOpen) {
-        mOpen.emplace();
-        mOpen->lane = mLane;
+    if (mOpen) {
+        mTimeline.moveToEnd(*mOpen, line);
+    } else {
+        HandOver batch;
+        batch.lane = mLane;
+        mOpen = mTimeline.add(line, std::move(batch), true);
         mNextIndex = 0;
     }
-    mLine = line;
-    return *mOpen;
+    return *batch();
 }
 
 void HandOverAssembler::take(const SampleReceived& sample, std::size_t line) {
     // A frame number ends the samples, and indexes only rise within a batch.
-    if (mOpen && (sample.index < mNextIndex || mOpen->frame())) letGo();
-    HandOver& batch = open(line);
+    if (mOpen && (sample.index < mNextIndex || batch()->frame())) letGo();
+    HandOver& its = open(line);
     const std::size_t skipped = sample.index - mNextIndex;
     if (skipped > kMaxBatch) return mTimeline.doubt(line, "a sample with an index out of order; left out");
-    batch.skipped += skipped;
+    its.skipped += skipped;
     mNextIndex = sample.index + 1;
-    batch.samples.push_back(sampleOf(sample));
+    its.samples.push_back(sampleOf(sample));
 }
 
 void HandOverAssembler::closeUnlessFrame(std::uint32_t frame) {
-    if (mOpen && mOpen->frame() && *mOpen->frame() != frame) letGo();
+    if (mOpen && batch()->frame().value_or(frame) != frame) letGo();
 }
 
 void HandOverAssembler::take(const BatchDivided& divided, std::size_t line) {
-    if (mOpen && mOpen->frame()) letGo();
+    if (mOpen && batch()->frame()) letGo();
     open(line).divided = divided;
 }
 
 void HandOverAssembler::take(const BatchFiled& filed, std::size_t line) {
     closeUnlessFrame(filed.frame);
-    if (mOpen && mOpen->filed) letGo();
+    if (mOpen && batch()->filed) letGo();
     open(line).filed = filed;
 }
 
@@ -72,7 +74,7 @@ void HandOverAssembler::take(const BatchEmpty& empty, std::size_t line) {
 
 void HandOverAssembler::letGo() {
     if (!mOpen) return;
-    mTimeline.add(mLine, std::move(*mOpen));
+    Timeline::close(*mOpen);
     mOpen.reset();
 }
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <variant>
 
 #include "tools/import/Timeline.h"
 
@@ -25,13 +26,13 @@ public:
 
 private:
     HandOver& open(std::size_t line);
+    HandOver* batch() const { return mOpen ? &std::get<HandOver>((*mOpen)->data) : nullptr; }  // the open one
     void closeUnlessFrame(std::uint32_t frame);
 
     Timeline& mTimeline;
     const std::size_t mLane;
-    std::optional<HandOver> mOpen;
-    std::size_t mLine = 0;       // of its last message
-    std::size_t mNextIndex = 0;  // of a sample
+    std::optional<Timeline::Place> mOpen;  // where its last message stands
+    std::size_t mNextIndex = 0;            // of a sample
 };
 
 }  // namespace replay::import

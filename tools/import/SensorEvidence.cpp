@@ -34,6 +34,11 @@ void SensorEvidence::lost() {
     mNewestSure = false;
 }
 
+void SensorEvidence::filled() {
+    ++mFilled;
+    lost();
+}
+
 // ---- Hand-overs
 
 bool SensorEvidence::isContinuous(const HandOver& batch, std::optional<std::int64_t> newestUs) const {
@@ -51,27 +56,31 @@ bool SensorEvidence::isContinuous(const HandOver& batch, std::optional<std::int6
 
 std::int64_t SensorEvidence::skippedBefore(const HandOver& batch) const {
     if (!mFrame || !batch.frame()) return 0;
-    return static_cast<std::int32_t>(*batch.frame() - nextFrame());  // numbers wrap at 32 bits
+    return static_cast<std::int32_t>(*batch.frame() - nextLogged());  // numbers wrap at 32 bits
 }
 
 SensorEvidence::Gap SensorEvidence::gapOf(std::int64_t skipped, bool continuous, bool elsewhere) const {
     const bool forward = skipped > 0 && skipped <= kMostSkipped;
     // Numbers that sensors share may skip, but then they always do.
     const bool usual = elsewhere && (mSteps == 0 || mLastSkip == skipped);
-    if (continuous && (usual || !forward)) return {};
+    if (continuous && (usual || !forward || mFilled != 0)) return {};
     Gap gap;
     gap.samples = !continuous;
-    const std::string from = to_string(nextFrame());
+    // Which of the numbers were those of hand-overs without samples, nothing tells.
+    const std::uint32_t first = nextLogged() - static_cast<std::uint32_t>(mEmpty);
+    const std::int64_t all = skipped + static_cast<std::int64_t>(mEmpty);
+    const std::string from = to_string(first);
     if (!forward) {
         gap.doubt = "the frame numbers begin anew, and samples are missing";
     } else if (continuous) {
-        gap.doubt = "the frame numbers skip " + to_string(skipped) + " from " + from +
-                    " on: hand-overs without samples, or none";
+        gap.doubt =
+            "the frame numbers skip " + to_string(all) + " from " + from + " on: hand-overs without samples, or none";
     } else {
-        gap.lost = static_cast<std::size_t>(skipped);  // positive
-        const std::string to = to_string(nextFrame() + static_cast<std::uint32_t>(skipped) - 1);
-        gap.doubt = skipped == 1 ? "the hand-over of frame " + from + " is missing"
-                                 : "the hand-overs of frames " + from + " to " + to + " are missing";
+        gap.lost = static_cast<std::size_t>(std::max<std::int64_t>(skipped - mFilled, 0));  // not negative
+        const std::string frames = from + " to " + to_string(first + static_cast<std::uint32_t>(all) - 1);
+        gap.doubt = all == 1 ? "the hand-over of frame " + from
+                             : (mEmpty != 0 ? to_string(skipped) + " of " : "") + "the hand-overs of frames " + frames;
+        gap.doubt += skipped == 1 ? " is missing" : " are missing";
     }
     return gap;
 }
@@ -87,6 +96,7 @@ void SensorEvidence::follow(const HandOver& batch) {
         mFrame = nextFrame();
     }
     mEmpty = 0;
+    mFilled = 0;
     if (mDoubtful > 0) --mDoubtful;
     if (batch.samples.size() > 1) {
         const auto length =

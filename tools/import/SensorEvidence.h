@@ -40,8 +40,10 @@ public:
 
     // Something of this sensor is known to be missing.
     void lost();
+    // Samples of lost hand-overs were handed over from a list, as the next hand-over.
+    void filled();
     bool isSure() const { return mDoubtful == 0; }
-    std::uint32_t nextFrame() const { return mFrame ? *mFrame + 1 + static_cast<std::uint32_t>(mEmpty) : 0; }
+    std::uint32_t nextFrame() const { return nextLogged() + mFilled; }
     // The number of the frame whose hand-over came with this time stamp.
     std::optional<std::uint32_t> frameAt(std::uint64_t timestamp) const;
 
@@ -51,6 +53,8 @@ private:
         std::uint32_t frame = 0;
     };
 
+    // The number that the next hand-over has in the log, if none is lost.
+    std::uint32_t nextLogged() const { return mFrame ? *mFrame + 1 + static_cast<std::uint32_t>(mEmpty) : 0; }
     bool isContinuous(const HandOver& batch, std::optional<std::int64_t> newestUs) const;
     Gap gapOf(std::int64_t skipped, bool continuous, bool elsewhere) const;
     std::int64_t skippedBefore(const HandOver& batch) const;
@@ -58,6 +62,7 @@ private:
 
     std::optional<std::uint32_t> mFrame;  // of the last hand-over
     std::size_t mEmpty = 0;               // hand-overs without samples since
+    std::uint32_t mFilled = 0;            // hand-overs made from lists since
     std::size_t mSteps = 0;               // from one hand-over to the next
     std::int64_t mLastSkip = 0;           // numbers that the last step skipped
     double mPeriodNs = 0;                 // of the samples
@@ -77,7 +82,7 @@ SensorEvidence::Gap SensorEvidence::gapBefore(const HandOver& batch, std::option
     if (skipped == 0) return {};
     bool elsewhere = skipped > 0;
     for (std::int64_t i = 0; elsewhere && i < skipped; ++i)
-        elsewhere = others(nextFrame() + static_cast<std::uint32_t>(i));  // numbers wrap at 32 bits
+        elsewhere = others(nextLogged() + static_cast<std::uint32_t>(i));  // numbers wrap at 32 bits
     return gapOf(skipped, isContinuous(batch, newestUs), elsewhere);
 }
 

@@ -51,6 +51,7 @@ std::string SessionWriter::labelOf(std::int32_t id, const Frame& frame) const {
     }
     const auto number = mSensors.at(id).evidence.frameAt(start);
     if (number) return "frame " + to_string(*number);
+    if (!frame.timing && start != 0) return "the frame with an exposure that starts at " + to_string(start) + " ns";
     return start != 0 ? "the frame that starts at " + to_string(start) + " ns" : std::string("a frame");
 }
 
@@ -85,7 +86,7 @@ void SessionWriter::fillBefore(std::int32_t id, const Exposure& exposure) {
     ++mReport.handOversRepaired;
     update(id, number, 0, found);
     sensor.buffer.file(number, found);
-    sensor.evidence.lost();
+    sensor.evidence.filled();
 }
 
 void SessionWriter::checkFrame(std::int32_t id, const Frame& frame) {
@@ -122,7 +123,7 @@ void SessionWriter::checkFrame(std::int32_t id, const Frame& frame) {
                                                           : startOf(frame.exposures.front());
     for (const std::string& doubt : sensor.evidence.asked(start)) {
         ++mReport.framesLost;
-        hole("sensor " + to_string(id) + ": " + doubt);
+        hole(label + doubt);
     }
 }
 

@@ -27,6 +27,11 @@ public:
 
     // Puts an open call where another open one is, which goes.
     void replace(Place other, Place call);
+    // Puts an open call at the end: what came last belongs to it.
+    void moveToEnd(Place call, std::size_t line) {
+        call->line = line;
+        mCalls.splice(mCalls.end(), mCalls, call);
+    }
     // The call is complete; it may be gone from now on.
     static void close(Place call) { call->open = false; }
     // Takes an open call out again.

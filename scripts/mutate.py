@@ -68,6 +68,8 @@ LOCK = re.compile(r"^ *(?:const )?(?:std::)?(?:lock_guard|unique_lock|scoped_loc
 SIMPLE = r"[A-Za-z_][\w.]*(?:->\w+)*"
 ARGUMENTS = re.compile(rf"(?<=[\w>]\()({SIMPLE}), ({SIMPLE})(?=[,)])|(?<=, )({SIMPLE}), ({SIMPLE})(?=[,)])")
 
+SYMMETRIC = re.compile(r"std::(?:min|max)(?:<[\w:]+>)?\($")
+
 
 @dataclass(frozen=True)
 class Fault:
@@ -123,7 +125,7 @@ def replacements(source):
         yield "lock", found.span(), ""
     for found in ARGUMENTS.finditer(code):
         first, second = (g for g in found.groups() if g)
-        if first != second:
+        if first != second and not SYMMETRIC.search(code[max(0, found.start() - 40):found.start()]):
             yield "arguments", found.span(), f"{second}, {first}"
 
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Everything that is written about a short session, to the letter, beside the files in whole/.
 
-After a change that is meant, `LSC_ACCEPT=1` in the environment writes them anew; read what changed.
+With UPDATE=1 in the environment the files are written instead; read them before you commit them.
 """
 import os
 import unittest
@@ -29,8 +29,7 @@ def session():
 
 class Whole(ToolTest):
     def check(self, name, text):
-        if os.environ.get("LSC_ACCEPT"):
-            WHOLE.mkdir(exist_ok=True)
+        if os.environ.get("UPDATE") == "1":
             (WHOLE / name).write_text(text, encoding="utf-8")
         self.assertEqual(text, (WHOLE / name).read_text(encoding="utf-8"), name)
 

@@ -2,7 +2,9 @@
 // nothing without them.
 #include <gmock/gmock.h>
 
+#include <array>
 #include <future>
+#include <map>
 #include <memory>
 #include <stdexcept>
 
@@ -47,6 +49,11 @@ TEST(HostAtStart, HasAllItsParts) {
     EXPECT_NE(SensorProvider::createInstance("user"), nullptr);
     EXPECT_NE(TarvoOTPData::getInstance(), nullptr);
     EXPECT_NE(CustomerData::getInstance(), nullptr);
+    EXPECT_NE(ULogger::sULogger, nullptr);
+    EXPECT_EQ(ULogger::sMode, 0);
+    EXPECT_EQ(ULogger::sDetailsLevel, 0U);
+    EXPECT_EQ(ULogger::sNormalDetailsMask, 0U);
+    EXPECT_EQ(host::sensorObjectCounts().releaseCalls, 0U);
 }
 
 TEST_F(Host, ProvidersHandOverEachSampleOnce) {
@@ -177,6 +184,23 @@ TEST_F(Host, ARefusedWriteKeepsTheEntry) {
     EXPECT_THAT(test::entry<double>(metadata, 2), ElementsAre(6));
 }
 
+TEST_F(Host, ABlockIsWrittenAloneAndNumbersAsManyAsThereAre) {
+    IMetadata metadata;
+    host::setMetadataEntry(metadata, 2, std::vector<double>{5});
+    metadata.burstWrite([](IMetadata::BurstEntry& entry) {
+        const IMetadata::Memory blocks[2] = {};
+        const IMetadata::Memory* const noBlock = nullptr;
+        const double* const noNumber = nullptr;
+        EXPECT_EQ(entry.writeEntries(1, blocks, 1, ~0U), 0);
+        EXPECT_NE(entry.writeEntries(3, blocks, 2, ~0U), 0);
+        EXPECT_NE(entry.writeEntries(3, noBlock, 1, ~0U), 0);
+        EXPECT_NE(entry.writeEntries(3, noNumber, 1, ~0U), 0);
+        EXPECT_EQ(entry.writeEntries(2, noNumber, 0, ~0U), 0);
+    });
+    EXPECT_EQ(host::metadataEntries(metadata).size(), 2U);
+    EXPECT_THAT(test::entry<double>(metadata, 2), IsEmpty());
+}
+
 TEST_F(Host, LogsReachTheSinkWithTheirLimits) {
     std::vector<host::LogEntry> entries;
     host::setLogSink([&entries](const host::LogEntry& entry) { entries.push_back(entry); });
@@ -193,6 +217,9 @@ TEST_F(Host, LogsReachTheSinkWithTheirLimits) {
     EXPECT_EQ(entries[1].text, "ab");
     EXPECT_EQ(entries[2].text, "abc");
     EXPECT_EQ(entries[3].priority, 1);
+    EXPECT_EQ(entries[3].module, 0U);
+    EXPECT_EQ(__android_log_print(3, "Tag", "%s", ""), 0);
+    EXPECT_EQ(entries.size(), 7U);
     host::setLogSink([](const host::LogEntry&) { throw std::runtime_error("sink"); });
     EXPECT_LT(__android_log_print(3, "Tag", "x"), 0);
     EXPECT_THROW(ULogger::sULogger->write(0, "Tag", 1, "x", 1), std::runtime_error);
@@ -217,6 +244,62 @@ TEST_F(Host, PartsCanBeMissing) {
     EXPECT_NE(CustomerData::getInstance(), nullptr);
 }
 
+TEST_F(Host, ResetUndoesEverything) {
+    NSCam::IHalSensorList* const list = NSCam::IHalSensorList::get();
+    const auto provider = SensorProvider::createInstance("user");
+    int heard = 0;
+    host::setSensor(1, test::calibratedSensor());
+    NSCam::IHalSensor* const handle = list->createSensor("user", 1);
+    host::setSensorListPresent(false);
+    host::setOtpBytesNull(true);
+    host::setOtpStoredFlag(9);
+    host::setProviderCreates(false);
+    host::setProviderEnables(kType, false);
+    host::deliverSamples(kType, {test::sample(1)});
+    host::setHandOverListener([&](auto&&...) { ++heard; });
+    host::setLogSink([&](const host::LogEntry&) { ++heard; });
+    host::setLogSwitches(1, 2, 3);
+    ULogger::sULogger = nullptr;
+    host::setFailures({.throwing = {host::Operation::kOtpInstance}});
+    host::setJournal(true);
+
+    host::reset();
+    EXPECT_EQ(list->createSensor("user", 1), nullptr);
+    handle->release("nobody");  // of the time before: counts nowhere
+    EXPECT_EQ(host::sensorObjectCounts().created, 0U);
+    EXPECT_EQ(host::sensorObjectCounts().released, 0U);
+    EXPECT_TRUE(host::sensorObjectCounts().usersMatch);
+    EXPECT_EQ(NSCam::IHalSensorList::get(), list);
+    host::setSensor(1, test::calibratedSensor());
+    EXPECT_EQ(otpOf(1).isStored, 1);
+    EXPECT_NE(otpOf(1).bytes, nullptr);
+    EXPECT_NE(SensorProvider::createInstance("user"), nullptr);
+    EXPECT_TRUE(provider->enableSensor(kType, 1));
+    EXPECT_THAT(fetched(*provider, kType), IsEmpty());
+    EXPECT_EQ(ULogger::sMode, 0);
+    EXPECT_EQ(ULogger::sDetailsLevel, 0U);
+    EXPECT_EQ(ULogger::sNormalDetailsMask, 0U);
+    ASSERT_NE(ULogger::sULogger, nullptr);
+    ULogger::sULogger->onAssert(1);
+    EXPECT_EQ(heard, 0);
+    EXPECT_THAT(host::takeJournal(), IsEmpty());
+}
+
+std::string listed(const host::MetadataValues& values) {
+    return std::visit(
+        [](const auto& its) {
+            std::string text;
+            if constexpr (requires { its.begin(); }) {
+                for (const auto value : its)
+                    text.append(text.empty() ? "" : ",").append(std::to_string(value));
+            } else {
+                text = std::to_string(its.size()) + " bytes";
+            }
+            return text;
+        },
+        values);
+}
+
 std::string listed(const host::JournalEntry& entry) {
     std::string text(host::nameOf(entry.operation));
     for (const auto& [name, value] : entry.fields) {
@@ -225,6 +308,7 @@ std::string listed(const host::JournalEntry& entry) {
             [&text](const auto& its) {
                 if constexpr (requires { std::to_string(its); }) text += std::to_string(its);
                 if constexpr (std::is_same_v<decltype(its), const std::string&>) text += its;
+                if constexpr (std::is_same_v<decltype(its), const host::MetadataValues&>) text += listed(its);
             },
             value);
     }
@@ -247,6 +331,99 @@ TEST_F(Host, TheJournalHoldsWhatEndedWhileItWasOn) {
     host::reset();
     provider->disableSensor(kType);
     EXPECT_THAT(host::takeJournal(), IsEmpty());
+}
+
+// One of each, and of each way to end.
+void askEverything() {
+    NSCam::IHalSensorList* const list = NSCam::IHalSensorList::get();
+    list->querySensorDeviceId(1);
+    list->createSensor("user", 2);
+    NSCam::IHalSensor* const handle = list->createSensor("user", 1);
+    handle->sendCommand(4, 1, 11, 12, 13);
+    std::int32_t id = 1;
+    std::array<std::uint8_t, 44> layout = {};
+    handle->sendCommand(4, NSCam::CMD_GET_OTP_INFO, reinterpret_cast<unsigned long>(&id),
+                        reinterpret_cast<unsigned long>(&layout), 3);
+    std::uint32_t time = 7;
+    std::uint32_t mode = test::kMode;
+    handle->sendCommand(4, NSCam::CMD_GET_ROLLING_SHUTTER, reinterpret_cast<unsigned long>(&time), 2,
+                        reinterpret_cast<unsigned long>(&mode));
+    handle->sendCommand(4, NSCam::CMD_GET_ROLLING_SHUTTER, 0, 0, reinterpret_cast<unsigned long>(&mode));
+    handle->sendCommand(4, NSCam::CMD_GET_ROLLING_SHUTTER, reinterpret_cast<unsigned long>(&time), 0, 0);
+    handle->release("user");
+    const auto provider = SensorProvider::createInstance("user");
+    std::vector<NSCam::Utils::SensorData> samples;
+    provider->enableSensor(kType, 1);
+    provider->getAllSensorData(kType, samples);
+    provider->disableSensor(kType);
+    CustomerData::getInstance()->customMetadata()->getCameraModeName();
+    OTPData data = {};
+    TarvoOTPData::getInstance()->getOTPData(1, data);
+    NSCam::Utils::Properties::property_get_int32("key", 5);
+    IMetadata metadata;
+    metadata.burstWrite([](IMetadata::BurstEntry& entry) {
+        const double values[] = {1, 2};
+        const IMetadata::Memory block;
+        entry.writeEntries(7, values, 2, 8);
+        entry.writeEntries(9, &block, 1, 8);
+        entry.writeEntries(9, &block, 2, 8);
+    });
+    metadata.burstRead([](const IMetadata::BurstEntry& entry) {
+        double value = 0;
+        std::vector<double> values;
+        entry.readEntry(7, value, 1);
+        entry.readEntries(6, values);
+        return 5;
+    });
+}
+
+constexpr char kEverything[] = R"(
+IHalSensorList::get result:1
+IHalSensorList::querySensorDeviceId sensor:1 result:4
+IHalSensorList::createSensor user:user sensor:2 result:0
+IHalSensorList::createSensor user:user sensor:1 result:1
+IHalSensor::sendCommand sensor:1 device:4 command:1 argument1:11 argument2:12 argument3:13 status:-1
+IHalSensor::sendCommand sensor:1 device:4 command:16457 argument1:1 argument2:1 argument3:3 status:0
+IHalSensor::sendCommand sensor:1 device:4 command:16399 argument1:7 argument2:2 argument3:2 status:0
+IHalSensor::sendCommand sensor:1 device:4 command:16399 argument1:0 argument2:0 argument3:2 status:-1
+IHalSensor::sendCommand sensor:1 device:4 command:16399 argument1:10000000 argument2:0 argument3:0 status:-1
+IHalSensor::release sensor:1 user:user
+SensorProvider::createInstance user:user result:1
+SensorProvider::enableSensor user:user type:5 interval:1 result:1
+SensorProvider::getAllSensorData user:user type:5 before:0 samples:2 result:1
+SensorProvider::disableSensor user:user type:5 result:1
+CustomerData::getInstance result:1
+CustomerData::customMetadata result:1
+CustomMetadata::getCameraModeName result:
+TarvoOTPData::getInstance result:1
+TarvoOTPData::getOTPData sensor:1 zeroed:1 stored:1 bytes:1
+Properties::property_get_int32 key:key default:5 result:5
+Storage::writeEntries tag:7 double:1.000000,2.000000 count:2 options:8 status:0
+Storage::writeEntries tag:9 memory:0 bytes count:1 options:8 status:0
+Storage::writeEntries tag:9 count:2 options:8 status:-1
+IMetadata::burstWrite
+Storage::readEntry tag:7 type:double index:1 status:0
+Storage::readEntries tag:6 type:double status:-1
+IMetadata::burstRead status:5)";
+
+TEST_F(Host, TheJournalNamesEveryOperationThatTheHookSees) {
+    host::Sensor sensor = test::calibratedSensor();
+    sensor.deviceId = 4;
+    host::setSensor(1, sensor);
+    host::deliverSamples(kType, {test::sample(1), test::sample(2)});
+    host::setJournal(true);
+    std::map<host::Operation, int> begun;
+    host::setHook([&](host::Operation operation) { ++begun[operation]; });
+    askEverything();
+    begun.erase(host::Operation::kSensorCommandDone);  // which the journal has with its command
+    std::string all;
+    for (const auto& entry : host::takeJournal()) {
+        all += "\n" + listed(entry);
+        --begun[entry.operation];
+    }
+    EXPECT_EQ(all, kEverything);
+    for (const auto& [operation, surplus] : begun)
+        EXPECT_EQ(surplus, 0) << host::nameOf(operation);
 }
 
 // A hook that throws leaves the operation undone and every lock free, for other threads too.

@@ -360,6 +360,7 @@ void askEverything() {
     OTPData data = {};
     TarvoOTPData::getInstance()->getOTPData(1, data);
     NSCam::Utils::Properties::property_get_int32("key", 5);
+    NSCam::Utils::Properties::property_get_int32(nullptr, 6);
     IMetadata metadata;
     metadata.burstWrite([](IMetadata::BurstEntry& entry) {
         const double values[] = {1, 2};
@@ -398,6 +399,7 @@ CustomMetadata::getCameraModeName result:
 TarvoOTPData::getInstance result:1
 TarvoOTPData::getOTPData sensor:1 zeroed:1 stored:1 bytes:1
 Properties::property_get_int32 key:key default:5 result:5
+Properties::property_get_int32 key: default:6 result:6
 Storage::writeEntries tag:7 double:1.000000,2.000000 count:2 options:8 status:0
 Storage::writeEntries tag:9 memory:0 bytes count:1 options:8 status:0
 Storage::writeEntries tag:9 count:2 options:8 status:-1

@@ -54,6 +54,7 @@ TEST(HostAtStart, HasAllItsParts) {
     EXPECT_EQ(ULogger::sDetailsLevel, 0U);
     EXPECT_EQ(ULogger::sNormalDetailsMask, 0U);
     EXPECT_EQ(host::sensorObjectCounts().releaseCalls, 0U);
+    EXPECT_THAT(host::takeJournal(), IsEmpty());
 }
 
 TEST_F(Host, ProvidersHandOverEachSampleOnce) {

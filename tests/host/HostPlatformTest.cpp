@@ -206,7 +206,7 @@ TEST_F(Host, LogsReachTheSinkWithTheirLimits) {
     std::vector<host::LogEntry> entries;
     host::setLogSink([&entries](const host::LogEntry& entry) { entries.push_back(entry); });
     __android_log_print(3, "Tag", "%s%d", "a", 1);
-    ULogger::sULogger->write(0x821000, "Tag", 5, "abc", 2);
+    ULogger::sULogger->write(0x821000, "Tag", 5, "abc", 1);
     ULogger::sULogger->write(0x821000, "Tag", 5, "abc", 1000);
     ULogger::sULogger->onAssert(1);
     ULogger::sULogger->write(0x821000, "Tag", 5, "abc", -1);
@@ -215,12 +215,14 @@ TEST_F(Host, LogsReachTheSinkWithTheirLimits) {
     EXPECT_EQ(entries[4].text, "");
     EXPECT_EQ(entries[5].text, "");
     EXPECT_EQ(entries[0].text, "a1");
-    EXPECT_EQ(entries[1].text, "ab");
+    EXPECT_EQ(entries[1].text, "a");
     EXPECT_EQ(entries[2].text, "abc");
     EXPECT_EQ(entries[3].priority, 1);
     EXPECT_EQ(entries[3].module, 0U);
     EXPECT_EQ(__android_log_print(3, "Tag", "%s", ""), 0);
     EXPECT_EQ(entries.size(), 7U);
+    host::setLogSink(nullptr);
+    EXPECT_EQ(__android_log_print(3, "Tag", "x"), 0);
     host::setLogSink([](const host::LogEntry&) { throw std::runtime_error("sink"); });
     EXPECT_LT(__android_log_print(3, "Tag", "x"), 0);
     EXPECT_THROW(ULogger::sULogger->write(0, "Tag", 1, "x", 1), std::runtime_error);
@@ -345,6 +347,7 @@ void askEverything() {
     std::array<std::uint8_t, 44> layout = {};
     handle->sendCommand(4, NSCam::CMD_GET_OTP_INFO, reinterpret_cast<unsigned long>(&id),
                         reinterpret_cast<unsigned long>(&layout), 3);
+    handle->sendCommand(4, NSCam::CMD_GET_OTP_INFO, 0, 0, 0);
     std::uint32_t time = 7;
     std::uint32_t mode = test::kMode;
     handle->sendCommand(4, NSCam::CMD_GET_ROLLING_SHUTTER, reinterpret_cast<unsigned long>(&time), 2,
@@ -377,6 +380,7 @@ void askEverything() {
         entry.readEntries(6, values);
         return 5;
     });
+    metadata.burstRead(nullptr);
 }
 
 constexpr char kEverything[] = R"(
@@ -386,6 +390,7 @@ IHalSensorList::createSensor user:user sensor:2 result:0
 IHalSensorList::createSensor user:user sensor:1 result:1
 IHalSensor::sendCommand sensor:1 device:4 command:1 argument1:11 argument2:12 argument3:13 status:-1
 IHalSensor::sendCommand sensor:1 device:4 command:16457 argument1:1 argument2:1 argument3:3 status:0
+IHalSensor::sendCommand sensor:1 device:4 command:16457 argument1:0 argument2:0 argument3:0 status:-1
 IHalSensor::sendCommand sensor:1 device:4 command:16399 argument1:7 argument2:2 argument3:2 status:0
 IHalSensor::sendCommand sensor:1 device:4 command:16399 argument1:0 argument2:0 argument3:2 status:-1
 IHalSensor::sendCommand sensor:1 device:4 command:16399 argument1:10000000 argument2:0 argument3:0 status:-1
@@ -407,7 +412,8 @@ Storage::writeEntries tag:9 count:2 options:8 status:-1
 IMetadata::burstWrite
 Storage::readEntry tag:7 type:double index:1 status:0
 Storage::readEntries tag:6 type:double status:-1
-IMetadata::burstRead status:5)";
+IMetadata::burstRead status:5
+IMetadata::burstRead status:-1)";
 
 TEST_F(Host, TheJournalNamesEveryOperationThatTheHookSees) {
     host::Sensor sensor = test::calibratedSensor();

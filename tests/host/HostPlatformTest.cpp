@@ -215,6 +215,8 @@ TEST_F(Host, LogsReachTheSinkWithTheirLimits) {
     EXPECT_EQ(entries[4].text, "");
     EXPECT_EQ(entries[5].text, "");
     EXPECT_EQ(entries[0].text, "a1");
+    EXPECT_EQ(entries[0].length, 0);
+    EXPECT_EQ(entries[0].module, 0U);
     EXPECT_EQ(entries[1].text, "a");
     EXPECT_EQ(entries[2].text, "abc");
     EXPECT_EQ(entries[3].priority, 1);

@@ -54,6 +54,8 @@ class Compare(GateTest):
     def test_two_builds_and_two_sessions(self):
         self.replay("--csv", "rows.csv", HANDHELD)
         self.assertRegex(self.replay("compare", "rows.csv", HANDHELD), r"exposures served +(\d+) +\1\n")
+        self.write("empty.jsonl", "")
+        self.assertRegex(self.replay("compare", "empty.jsonl", "empty.jsonl"), r"distance of positions +none\n")
         text = HANDHELD.read_text()
         self.write("slow.jsonl", text.replace('"rolling_shutter":{"0":15980000', '"rolling_shutter":{"0":7990000'))
         done = self.run_command([*REPLAY, "compare", HANDHELD, "slow.jsonl"], status=1).stdout

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <future>
 #include <latch>
+#include <string_view>
 #include <thread>
 
 #include "customer/aaa/aaa/lsc/TarvoShadingCustomUtil.h"
@@ -83,6 +84,35 @@ TEST_F(Facade, WithoutMemoryGivesNeutralResultsAndTriesAgain) {
     EXPECT_EQ(test::customerObject(), nullptr);
     EXPECT_TRUE(CustomShadingUtil::IsSupportFeature(1, 0));
     EXPECT_NE(test::customerObject(), nullptr);
+}
+
+struct Question {
+    const char* name;
+    std::int64_t (*ask)(TarvoShadingCustomUtil& object);
+};
+
+constexpr Question kQuestions[] = {
+    {"IsSupportFeature", [](auto& object) { return std::int64_t{object.IsSupportFeature(2, test::kSensor)}; }},
+    {"IsEnableOisCompensation",
+     [](auto& object) { return std::int64_t{object.IsEnableOisCompensation(test::kSensor, 0)}; }},
+    {"IsSupportSeamlessSwitchForRemosaic",
+     [](auto& object) { return std::int64_t{object.IsSupportSeamlessSwitchForRemosaic(test::kSensor)}; }},
+    {"IsEnabled", [](auto& object) { return std::int64_t{object.IsEnabled(test::kSensor)}; }},
+    {"QueryRollingShutter", [](auto& object) { return std::int64_t{object.QueryRollingShutter(test::kSensor)}; }},
+};
+
+TEST_F(Facade, WithoutItsLockAQuestionIsAnsweredNo) {
+    if (!test::kLocksFail) GTEST_SKIP() << "Under the thread sanitizer no lock fails.";
+    host::setSensor(test::kSensor, test::calibratedSensor());
+    host::setCameraMode("high_pixel_mode");
+    test::startWith(test::millisecondSamples(test::kMs, 100));
+    TarvoShadingCustomUtil& object = *test::customerObject();
+    for (const auto& [name, ask] : kQuestions) {
+        const test::FaultAt armed(test::Fault::kLock, 0, test::Repeat::kOnce);
+        EXPECT_EQ(ask(object), 0) << name;
+        EXPECT_TRUE(armed.struck()) << name;
+        EXPECT_EQ(ask(object) != 0, name != std::string_view("IsEnableOisCompensation")) << name;
+    }
 }
 
 TEST_F(Facade, ColourSensorCallsNeedNoObject) {

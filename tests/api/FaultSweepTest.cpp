@@ -454,32 +454,6 @@ void PrintTo(const Call& call, std::ostream* out) {
     *out << call.name;
 }
 
-struct Question {
-    const char* name;
-    std::int64_t (*ask)(TarvoShadingCustomUtil& object);
-};
-
-constexpr Question kQuestions[] = {
-    {"IsSupportFeature", [](auto& object) { return std::int64_t{object.IsSupportFeature(2, kSensor)}; }},
-    {"IsEnableOisCompensation", [](auto& object) { return std::int64_t{object.IsEnableOisCompensation(kSensor, 0)}; }},
-    {"IsSupportSeamlessSwitchForRemosaic",
-     [](auto& object) { return std::int64_t{object.IsSupportSeamlessSwitchForRemosaic(kSensor)}; }},
-    {"IsEnabled", [](auto& object) { return std::int64_t{object.IsEnabled(kSensor)}; }},
-    {"QueryRollingShutter", [](auto& object) { return std::int64_t{object.QueryRollingShutter(kSensor)}; }},
-};
-
-TEST(FaultSweepQuestion, WithoutItsLockIsAnsweredNo) {
-    if (!test::kLocksFail) GTEST_SKIP() << "Under the thread sanitizer no lock fails.";
-    const test::ScratchDirectory scratch;
-    const auto world = std::make_unique<World>();
-    for (const auto& [name, ask] : kQuestions) {
-        const test::FaultAt armed(test::Fault::kLock, 0, test::Repeat::kOnce);
-        EXPECT_EQ(ask(*world->object), 0) << name;
-        EXPECT_TRUE(armed.struck()) << name;
-        EXPECT_EQ(ask(*world->object) != 0, name != std::string_view("IsEnableOisCompensation")) << name;
-    }
-}
-
 TEST(FaultSweepHook, AnInstanceWithoutMemoryIsMadeByTheNextCall) {
 #ifdef __SANITIZE_THREAD__
     GTEST_SKIP() << "The thread sanitizer's pthread_once stays taken for ever when its routine throws.";

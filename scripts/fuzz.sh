@@ -26,13 +26,15 @@ if [ "${1:-}" = --merge ]; then
     exit
 fi
 
-for target in "${targets[@]}"; do
-    corpus=$build/corpus/$target
-    mkdir -p "$corpus"
-    seeds=(fuzz/seeds/"$target")
+fuzz() {
+    local target=$1 corpus=$build/corpus/$1 log=$build/$1.log
+    local seeds=(fuzz/seeds/"$target")
     [ "$target" != session ] || seeds+=(tests/sessions)
-    log=$build/$target.log
-    "$build/fuzz/fuzz_$target" -max_total_time="${1:-60}" -print_final_stats=1 -artifact_prefix="$build/found-$target-" \
-        "$corpus" "${seeds[@]}" >"$log" 2>&1 || { tail -n 40 "$log"; exit 1; }
+    mkdir -p "$corpus"
+    "$build/fuzz/fuzz_$target" -max_total_time="$2" -print_final_stats=1 -artifact_prefix="$build/found-$target-" \
+        "$corpus" "${seeds[@]}" >"$log" 2>&1 || { tail -n 40 "$log"; return 1; }
     echo "$target: $(awk '/executed_units/ {print $2}' "$log") inputs, no finding. $(grep '^calculations:' "$log" || true)"
-done
+}
+export -f fuzz
+export build
+printf '%s\n' "${targets[@]}" | xargs -P "$(nproc)" -I{} bash -c "fuzz {} ${1:-60}"

@@ -96,7 +96,7 @@ std::size_t importCapture(const Arguments& arguments) {
     Timeline timeline;
     CaptureReader reader(timeline, arguments.pid);
     Report report;
-    SessionWriter writer(arguments.capture, reader.facts(), timeline, report,
+    SessionWriter writer(file.name(), reader.facts(), timeline, report,
                          [&](std::string_view text) { output.write(text); });
     LineSplitter lines([&](std::string_view line) {
         reader.add(line);
@@ -111,10 +111,10 @@ std::size_t importCapture(const Arguments& arguments) {
         file.read(take, [&] { lines.finish(); });
     }
     reader.finish();
-    if (reader.facts().ownLines == 0) failEmpty(arguments.capture, reader.facts());
+    if (reader.facts().ownLines == 0) failEmpty(file.name(), reader.facts());
     writer.write(true);
     output.finish();
-    report.print(std::cerr, arguments.capture, reader.facts());
+    report.print(std::cerr, file.name(), reader.facts());
     return report.notices();
 }
 

@@ -61,7 +61,7 @@ struct CaptureFile::Unpacker {
     }
 };
 
-CaptureFile::CaptureFile(const std::string& path) : mPath(path == "-" ? "standard input" : path), mBlock(kBlock, '\0') {
+CaptureFile::CaptureFile(const std::string& path) : mName(path == "-" ? "standard input" : path), mBlock(kBlock, '\0') {
     mFile = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (mFile < 0) throw StreamError(path + ": " + std::generic_category().message(errno));
     struct stat about = {};
@@ -82,7 +82,7 @@ std::string_view CaptureFile::readBlock() {
     do {
         got = ::read(mFile, mBlock.data(), mBlock.size());
     } while (got < 0 && errno == EINTR);
-    if (got < 0) throw StreamError(mPath + ": cannot be read: " + std::generic_category().message(errno));
+    if (got < 0) throw StreamError(mName + ": cannot be read: " + std::generic_category().message(errno));
     mPosition += static_cast<std::uint64_t>(got);  // not negative
     return std::string_view(mBlock).substr(0, static_cast<std::size_t>(got));
 }
@@ -98,11 +98,11 @@ void CaptureFile::read(const std::function<void(std::string_view)>& bytes, const
 void CaptureFile::unpack(std::string_view first, const std::function<void(std::string_view)>& bytes,
                          const std::function<void()>& end) {
     const std::unique_ptr<archive, FreeArchive> packed(archive_read_new());
-    if (!packed) throw StreamError(mPath + ": no memory to unpack it");
+    if (!packed) throw StreamError(mName + ": no memory to unpack it");
     archive* const a = packed.get();
     const auto fail = [&]() {
         const char* const reason = archive_error_string(a);
-        throw StreamError(mPath + ": cannot be unpacked: " + (reason != nullptr ? reason : "damaged"));
+        throw StreamError(mName + ": cannot be unpacked: " + (reason != nullptr ? reason : "damaged"));
     };
     archive_read_support_filter_all(a);
     archive_read_support_format_zip(a);
@@ -115,7 +115,7 @@ void CaptureFile::unpack(std::string_view first, const std::function<void(std::s
     while ((status = archive_read_next_header(a, &entry)) == ARCHIVE_OK) {
         const bool raw = archive_format(a) == ARCHIVE_FORMAT_RAW;
         if (raw && archive_filter_count(a) == 1)
-            throw StreamError(mPath + ": is neither text nor compressed in a known way");
+            throw StreamError(mName + ": is neither text nor compressed in a known way");
         const char* const name = archive_entry_pathname(entry);
         if (!raw && (name == nullptr || !isLogName(name))) continue;
         found = true;
@@ -128,7 +128,7 @@ void CaptureFile::unpack(std::string_view first, const std::function<void(std::s
         end();
     }
     if (status != ARCHIVE_EOF) fail();
-    if (!found) throw StreamError(mPath + ": an archive without a .txt or .log file at its top");
+    if (!found) throw StreamError(mName + ": an archive without a .txt or .log file at its top");
 }
 
 }  // namespace replay::import

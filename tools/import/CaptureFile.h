@@ -21,6 +21,9 @@ public:
     // several. Throws StreamError for what cannot be read or is no text.
     void read(const std::function<void(std::string_view)>& bytes, const std::function<void()>& end);
 
+    // The path, or "standard input".
+    const std::string& name() const { return mName; }
+
     // Bytes of the file, 0 where nobody knows, and how many of them are read.
     std::uint64_t size() const { return mSize; }
     std::uint64_t position() const { return mPosition; }
@@ -32,7 +35,7 @@ private:
     void unpack(std::string_view first, const std::function<void(std::string_view)>& bytes,
                 const std::function<void()>& end);
 
-    const std::string mPath;
+    const std::string mName;
     int mFile = -1;
     std::uint64_t mSize = 0;
     std::uint64_t mPosition = 0;

@@ -169,6 +169,9 @@ TEST_F(HostJournal, NamesEveryOperationThatTheHookSees) {
     EXPECT_EQ(all, kEverything);
     for (const auto& [operation, surplus] : begun)
         EXPECT_EQ(surplus, 0) << host::nameOf(operation);
+    // Sinks hear of log entries, the journal does not.
+    EXPECT_EQ(host::nameOf(host::Operation::kULogWrite), "ULogger::write");
+    EXPECT_EQ(host::nameOf(host::Operation::kULogAssert), "ULogger::onAssert");
 }
 
 }  // namespace

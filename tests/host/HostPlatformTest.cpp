@@ -138,6 +138,9 @@ TEST_F(Host, OtpBytesOutliveWhoReplacesThem) {
     host::setSensor(0, sensor);
     EXPECT_EQ(otpOf(0).bytes[0], 9);
     EXPECT_THAT(std::vector(first.bytes, first.bytes + 3), ElementsAre(1, 2, 3));
+    host::setSensor(0, {});
+    EXPECT_EQ(otpOf(0).isStored, 0);
+    host::setSensor(0, sensor);
     host::reset();
     EXPECT_EQ(otpOf(0).isStored, 0);
 }
@@ -196,6 +199,12 @@ TEST_F(Host, ABlockIsWrittenAloneAndNumbersAsManyAsThereAre) {
         EXPECT_NE(entry.writeEntries(3, noNumber, 1, ~0U), 0);
         EXPECT_EQ(entry.writeEntries(2, noNumber, 0, ~0U), 0);
     });
+    metadata.burstRead([](const IMetadata::BurstEntry& entry) {
+        IMetadata::Memory block;
+        EXPECT_EQ(entry.readEntry(1, block, 0), 0);
+        EXPECT_NE(entry.readEntry(1, block, 1), 0);
+        return 0;
+    });
     EXPECT_EQ(host::metadataEntries(metadata).size(), 2U);
     EXPECT_THAT(test::entry<double>(metadata, 2), IsEmpty());
 }
@@ -219,6 +228,8 @@ TEST_F(Host, LogsReachTheSinkWithTheirLimits) {
     EXPECT_EQ(entries[2].text, "abc");
     EXPECT_EQ(entries[3].priority, 1);
     EXPECT_EQ(entries[3].module, 0U);
+    EXPECT_EQ(entries[3].length, 0);
+    EXPECT_EQ(__android_log_print(3, "Tag", "%ls", L"\u4e00"), -1);  // has no form in the locale of a program's start
     EXPECT_EQ(__android_log_print(3, "Tag", "%s", ""), 0);
     EXPECT_EQ(entries.size(), 7U);
     host::setLogSink(nullptr);
@@ -265,6 +276,7 @@ TEST_F(Host, ResetUndoesEverything) {
     ULogger::sULogger = nullptr;
     host::setFailures({.throwing = {host::Operation::kOtpInstance}});
     host::setJournal(true);
+    host::setHook([&](host::Operation) { ++heard; });
 
     host::reset();
     EXPECT_EQ(list->createSensor("user", 1), nullptr);

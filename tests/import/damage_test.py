@@ -279,7 +279,7 @@ class Damage(ToolTest):
                  "lsc_replay: capture: an archive without a .txt or .log file at its top\n"),
                 ("program", "-", b"\x7fELF\0", 1,
                  "lsc_replay: standard input: is neither text nor compressed in a known way\n"),
-                ("other lines", "-", b"--------- beginning of main\n", 1,
+                ("other lines", "-", b"--------- beginning of main\n", 2,
                  "lsc_replay: standard input:1: no message of the library in this file; ")):
             with self.subTest(name), open(self.write("capture", data), "rb") as stream:
                 done = self.run_command([*REPLAY, "import", argument, "-o", "s.jsonl"], status, stdin=stream)

@@ -24,11 +24,16 @@ protected:
         lsc::Samples samples;
         for (const std::int64_t ms : timesMs)
             samples.push_back(test::sample(ms * kMs));
-        mStatistics.handedOver({mSensor, mFrame, samples, {fate}});
+        mStatistics.handedOver({mSensor, mFrame, samples, {fate}, mFrameNs});
     }
 
-    void miss(Reason::Kind kind, std::uint64_t number = 0) {
+    void miss(Reason::Kind kind, std::uint64_t number = 0, std::uint64_t startMs = 0) {
         replay::ExposureOutcome outcome;
+        if (startMs != 0) {
+            outcome.times.emplace();
+            outcome.times->sofNs = startMs * kMs;
+            outcome.times->startUs = startMs * 1000;
+        }
         outcome.sensor = mSensor;
         outcome.reason = replay::detailedReason(kind, "detail", number);
         mStatistics.exposuresAsked({outcome});
@@ -48,6 +53,7 @@ protected:
     replay::Statistics mStatistics;
     std::int32_t mSensor = 0;
     std::uint32_t mFrame = 1;
+    std::uint64_t mFrameNs = 0;
 };
 
 TEST_F(Figures, PeriodsAreThoseOfNewSamplesInOrder) {
@@ -76,6 +82,18 @@ TEST_F(Figures, APauseOfTheMonitorIsNoGap) {
     EXPECT_EQ(sensor().missingHandOvers(), 0U);
 }
 
+// A hand-over that is late and brings a gap looks like a clock that was set, until the next one.
+TEST_F(Figures, AGapInALateHandOverIsNoStepOfTheClock) {
+    for (const auto& [frameMs, samples] : std::initializer_list<std::pair<std::uint64_t, std::vector<std::int64_t>>>{
+             {10, {11, 12, 13}}, {20, {21, 22, 23}}, {30, {31, 92, 93}}, {40, {94, 95}}, {50, {96, 97}}, {90, {102}}}) {
+        mFrameNs = frameMs * kMs;
+        take(samples);
+        ++mFrame;
+    }
+    EXPECT_EQ(sensor().clockStepUs.count(), 0U);
+    EXPECT_EQ(sensor().silentPeriodUs.max(), 61'000U);
+}
+
 TEST_F(Figures, BatchesDeliveredAgainHaveNoStampOfTheFuture) {
     take({1, 2, 3});
     for (int i = 0; i < 4; ++i)
@@ -97,8 +115,9 @@ TEST_F(Figures, AdviceNamesTheCauseThatTheNumbersShow) {
 
     startOver();
     take({0, 1, 2, 3, 40, 41});
-    miss(Reason::Kind::kNoNearSample, 9000);
-    EXPECT_THAT(advice(), ElementsAre(HasSubstr("a gap of 37.000 ms")));
+    miss(Reason::Kind::kNoNearSample, 9000, 12);
+    EXPECT_THAT(advice(), ElementsAre(HasSubstr("1 exposure: find out what stops the hall sensor or its driver: the "
+                                                "samples have a gap of 37.000 ms")));
 
     startOver();
     take({0, 1, 2, 3});

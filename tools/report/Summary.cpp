@@ -40,7 +40,7 @@ std::string batches(const SensorStatistics& sensor) {
 // The figures of the clock, and how the frame's times fit together.
 std::string clock(const SensorStatistics& sensor) {
     if (sensor.clock.count() == 0) return "unknown";
-    const auto drift = sensor.clock.drift();
+    const auto drift = sensor.drift();
     return fmt::format("median {}, least {}, largest {}{}", sensor.clock.quantileUs(0.5), sensor.clock.quantileUs(0),
                        sensor.clock.quantileUs(1), drift ? fmt::format(", drift {:.1f} ppm", drift->ppm) : "");
 }
@@ -68,7 +68,8 @@ std::string handOvers(const SensorStatistics& sensor) {
 
 std::string spans(const SensorStatistics& sensor) {
     const std::uint64_t expected = sensor.expectedSpan();
-    return distribution(sensor.spanSamples) + (expected == 0 ? "" : fmt::format("; median expected {}", expected));
+    return distribution(sensor.spanSamples) + (expected == 0 ? "" : fmt::format("; median expected {}", expected)) +
+           (sensor.longSpans == 0 ? "" : fmt::format("; {} past the readout", sensor.longSpans));
 }
 
 void printFigures(std::ostream& out, std::string_view indent, int width, const std::vector<Figure>& figures) {

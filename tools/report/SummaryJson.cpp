@@ -25,14 +25,15 @@ void writeReasons(JsonWriter& json, const SensorStatistics& sensor) {
     json.endObject();
 }
 
-void writeClock(JsonWriter& json, const Clock& clock) {
+void writeClock(JsonWriter& json, const SensorStatistics& sensor) {
+    const Clock& clock = sensor.clock;
     json.key("clock_difference_us").beginObject().member("count", clock.count());
     if (clock.count() > 0) {
         json.member("median", clock.quantileUs(0.5))
             .member("min", clock.quantileUs(0))
             .member("max", clock.quantileUs(1));
     }
-    if (const auto drift = clock.drift()) json.member("drift_ppm", drift->ppm);
+    if (const auto drift = sensor.drift()) json.member("drift_ppm", drift->ppm);
     json.endObject();
 }
 
@@ -46,13 +47,13 @@ void writeSensor(JsonWriter& json, std::int32_t id, const SensorStatistics& sens
     json.member("missing", sensor.missingHandOvers()).endObject();
     writeDistribution(json, "match_us", sensor.matchUs);
     writeDistribution(json, "span", sensor.spanSamples);
-    json.member("expected_span", sensor.expectedSpan());
+    json.member("expected_span", sensor.expectedSpan()).member("long_spans", sensor.longSpans);
     writeDistribution(json, "sample_period_us", sensor.periodUs);
     json.member("gaps", sensor.gaps());
     writeDistribution(json, "frame_us", sensor.frameUs);
     writeDistribution(json, "exposure_us", sensor.exposureUs);
     writeDistribution(json, "readout_us", sensor.readoutUs);
-    writeClock(json, sensor.clock);
+    writeClock(json, sensor);
     json.endObject();
 }
 

@@ -123,7 +123,7 @@ shutter double
 
 shutter in us
   rolling-shutter exposures 288 rolling_shutter_us 15.98 frame_interval_us 1.666e+04 factor 0.001
-    288 exposures: the rolling shutter of 0.016 ms is about a thousandth of what fits a frame interval of 16.663 ms: give it in ns
+    288 exposures: the rolling shutter of 0.01598 ms is about a thousandth of what fits a frame interval of 16.663 ms: give it in ns
 
 shutter in ps
   rolling-shutter rolling_shutter_us 3e+06 frame_interval_us 1.666e+04 factor 1000
@@ -259,7 +259,7 @@ fast, and late
 
 shutter in us, and low rate
   rolling-shutter exposures 86 rolling_shutter_us 15.98 frame_interval_us 1.666e+04 factor 0.001
-    86 exposures: the rolling shutter of 0.016 ms is about a thousandth of what fits a frame interval of 16.663 ms: give it in ns
+    86 exposures: the rolling shutter of 0.01598 ms is about a thousandth of what fits a frame interval of 16.663 ms: give it in ns
   low-rate exposures 172 rate_hz 200 buffered 0
     172 exposures: raise the sample rate to 1 kHz: at 200 Hz, 60 % of all moments lie 1000 us or more from every sample
 

@@ -101,7 +101,7 @@ class Accuracy(ToolTest):
         bad = self.write("bad.csv", "time_ns,x,y\n1,2\n")
         broken = self.write("broken.jsonl", "{}\n")
         far = self.write("far.csv", "time_ns,x,y\n1,2,3\n2,3,4\n")
-        for status, message, arguments in [(1, "covers none of the", ["--truth", far, session]),
+        for status, message, arguments in [(1, "covers none of 683 exposures", ["--truth", far, session]),
                                            (2, "must be a number", ["--stamp-delay", "nan", session]),
                                            (2, "bad.csv:2: expected 3 values", ["--truth", bad, session]),
                                            (2, "broken.jsonl:1: expected one of the keys", [broken]),

@@ -64,6 +64,8 @@ class Reasons(ReportTest):
             (gap, ask(BEGIN + 150 * MS), "nearest sample 3252 us from exposure start, after it"),
             ([sensor(shutter=0), *MONITOR, *samples(150)], ask(BEGIN + 90 * MS),
              "span of one sample: rolling shutter 0 us"),
+            ([sensor(shutter=15_980), *MONITOR, *samples(150)], ask(BEGIN + 90 * MS),
+             "span of one sample: rolling shutter 15.98 us"),
             (full, ask(BEGIN, leave_out=[0xC0010017]), "timing missing in metadata: start of frame"),
             (full, ask(BEGIN, leave_out=[0xC0030000]), "timing missing in metadata: exposure block"),
             (full, ask(BEGIN + 90 * MS) + [call("fillLscOISCompInfo", metadata="m")], "already written"),
@@ -128,6 +130,13 @@ class Figures(ReportTest):
         self.assertRegex(text, r"hand-overs +1 missing in the frame numbers, 1 of 61 samples repeated")
         self.assertRegex(text, r"clock difference \(us\) median 9000, least 9000, largest 1079999")
         self.assertRegex(text, r"frames \(ms\) +interval 20\.\d+, rolling shutter 10\.00, exposure 3\.00 to 3\.00")
+
+    def test_times_in_another_unit(self):
+        session = self.session([sensor(shutter=15_980), *MONITOR, *samples(150)] + ask(BEGIN + 90 * MS, exposure=20_000))
+        text = self.replay("--summary", "s.json", session)
+        self.assertRegex(text, r"rolling shutter 0\.01598, exposure 0\.02 to 0\.02\n")
+        its, = json.loads((self.folder / "s.json").read_text())["sensors"]
+        self.assertEqual((its["readout_us"]["median"], its["span"]), (15, {"count": 0}))
 
     def test_no_figure_of_stamps_that_are_no_clocks(self):
         cases = [([1, 2, 3], "unknown, longest step 0.000 ms, 0 gaps"),
@@ -309,7 +318,7 @@ class Plot(ReportTest):
 
     def test_whole_session_by_default(self):
         text, blocks = self.script(HANDHELD)
-        self.assertIn("690 exposures, 7 without a position", text)
+        self.assertIn("690 exposures, 7 without a position, 1 asked for again", text)
         self.assertLess(len(blocks["samples"]), 4000)
         self.check_labels(text, [
             "fewer than 100 samples buffered: 49", "nearest sample 21484 us from exposure start, before it",

@@ -137,8 +137,8 @@ MaybeCause rollingShutter(const SensorStatistics& sensor) {
         if (!wrong) continue;
         return cause("rolling-shutter",
                      {{"rolling_shutter_us", shutterUs}, {"frame_interval_us", frameUs}, {"factor", wrong->factor}},
-                     fmt::format("the rolling shutter of {:.3f} ms is {} a frame interval of {:.3f} ms: {}",
-                                 shutterUs / 1000, wrong->relation, frameUs / 1000, wrong->advice),
+                     fmt::format("the rolling shutter of {} ms is {} a frame interval of {:.3f} ms: {}",
+                                 shortMs(shutterUs, 3), wrong->relation, frameUs / 1000, wrong->advice),
                      {Kind::kOneSample});
     }
     return std::nullopt;
@@ -320,6 +320,11 @@ std::string rateText(const SensorStatistics& sensor) {
 std::string stepText(std::uint64_t us) {
     constexpr std::uint64_t kDay = 86'400'000'000;
     return us > kDay ? "more than a day" : fmt::format("{:.3f} ms", number(us) / 1000);
+}
+
+std::string shortMs(double us, int decimals) {
+    constexpr double kShortUs = 100;
+    return us < kShortUs ? fmt::format("{:.4g}", us / 1000) : fmt::format("{:.{}f}", us / 1000, decimals);
 }
 
 double rateHz(const SensorStatistics& sensor) {

@@ -31,6 +31,8 @@ std::string counted(std::uint64_t count, std::string_view what, std::string_view
 std::string rateText(const SensorStatistics& sensor);
 // From one sample to the next: "1.006 ms", or in words for time stamps that no session holds.
 std::string stepText(std::uint64_t us);
+// In ms, with so many decimals, or as many as a short time needs.
+std::string shortMs(double us, int decimals);
 // For a reader: the first digits are enough.
 inline double number(std::uint64_t value) {
     return static_cast<double>(value);  // as said

@@ -123,8 +123,8 @@ Place Places::placeAfter(const SensorStatistics& sensor, const Lack& lack, const
     const bool isMissing = lack.early && afterMissing && isLater(sensor, next.timestampNs, lack.sofNs);
     if (isMissing && isDue(sensor, lack.sofNs)) return Place::kMissingHandOver;
     const Place now = placeNow(sensor, lack);
-    // Its hand-over may have come just now, and in time it would have helped.
     if (now != Place::kAnywhere) return now;
+    // A late exposure whose hand-over has come by now stays late: in time it would have helped.
     return stepAt(sensor, static_cast<std::int64_t>(lack.sofNs), lack.place);  // as in nsFrom()
 }
 

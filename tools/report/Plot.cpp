@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "tools/report/Causes.h"
 #include "tools/report/Gnuplot.h"
 #include "tools/report/Picture.h"
 #include "tools/report/Strip.h"
@@ -217,8 +218,10 @@ std::string framePanel(const Picture& picture) {
 }
 
 std::string heading(const Picture& picture, std::int32_t sensor, const PlotOptions& options) {
-    const std::string text = fmt::format("{}, sensor {}: {} exposures, {} without a position", options.title, sensor,
-                                         picture.exposures(), picture.unserved());
+    const std::string again =
+        picture.askedAgain() == 0 ? "" : fmt::format(", {} asked for again", picture.askedAgain());
+    const std::string text = fmt::format("{}, sensor {}: {}, {} without a position{}", options.title, sensor,
+                                         counted(picture.exposures(), "exposure"), picture.unserved(), again);
     return fmt::format("set label {} at screen 0.065,0.982 noenhanced font ',14'\n", singleQuoted(text)) +
            fmt::format("set label {} at screen 0.065,0.957 noenhanced tc rgb '#555555'\n",
                        singleQuoted(picture.ranges()));

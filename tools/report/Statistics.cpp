@@ -166,6 +166,7 @@ void Statistics::count(const ExposureOutcome& outcome) {
     }
     if (outcome.times) {
         sensor.exposureUs.add(outcome.times->exposureUs);
+        if (outcome.readoutNs != 0) sensor.readoutUs.add(outcome.readoutNs / lsc::kNsPerUs);
         auto& byShutter = sensor.frameUsByShutter;
         const bool known = byShutter.contains(outcome.readoutNs) || byShutter.size() < SensorStatistics::kMaxShutters;
         if (known && outcome.readoutNs != 0) {
@@ -174,7 +175,6 @@ void Statistics::count(const ExposureOutcome& outcome) {
         }
     }
     if (outcome.span) {
-        sensor.readoutUs.add(outcome.readoutNs / lsc::kNsPerUs);
         sensor.matchUs.add(outcome.span->distanceUs);
         sensor.spanSamples.add(narrow<std::uint64_t>(outcome.span->samples));
         if (isLong(*outcome.span, outcome.readoutNs)) ++sensor.longSpans;

@@ -23,7 +23,6 @@ struct SensorStatistics {
     // Of the exposures that got a position.
     Histogram matchUs;      // distance from the exposure start to the sample that the span starts from
     Histogram spanSamples;  // samples that were reduced to the position
-    Histogram readoutUs;    // rolling shutter
     // Spans that last more than twice the rolling shutter and the match window: no sample was near its end.
     std::uint64_t longSpans = 0;
 
@@ -34,6 +33,7 @@ struct SensorStatistics {
     std::int64_t frameStepSum = 0;
 
     Histogram exposureUs;  // of all exposures with times
+    Histogram readoutUs;   // rolling shutters stored for them
     // Time between two frames while a rolling shutter (ns) was stored; of the first kMaxShutters ones.
     static constexpr std::size_t kMaxShutters = 16;
     std::map<std::uint64_t, Histogram> frameUsByShutter;

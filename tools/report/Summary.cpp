@@ -45,20 +45,17 @@ std::string clock(const SensorStatistics& sensor) {
                        sensor.clock.quantileUs(1), drift ? fmt::format(", drift {:.1f} ppm", drift->ppm) : "");
 }
 
-std::string milliseconds(std::uint64_t us) {
-    return fmt::format("{:.2f}", static_cast<double>(us) / 1000.0);  // times of a frame are short
-}
-
 std::string frameTimes(const SensorStatistics& sensor) {
     std::string shutters;
     for (const auto& [shutterNs, frames] : sensor.frameUsByShutter)
-        shutters += (shutters.empty() ? "" : " and ") + milliseconds(shutterNs / lsc::kNsPerUs);
+        shutters += (shutters.empty() ? "" : " and ") + shortMs(number(shutterNs) / lsc::kNsPerUs, 2);
     const auto& exposure = sensor.exposureUs;
-    return fmt::format(
-        "interval {}, rolling shutter {}, exposure {}",
-        sensor.frameUs.count() == 0 ? "unknown" : milliseconds(sensor.frameUs.quantile(0.5)),
-        shutters.empty() ? "unknown" : shutters,
-        exposure.count() == 0 ? "unknown" : milliseconds(exposure.quantile(0)) + " to " + milliseconds(exposure.max()));
+    return fmt::format("interval {}, rolling shutter {}, exposure {}",
+                       sensor.frameUs.count() == 0 ? "unknown" : shortMs(number(sensor.frameUs.quantile(0.5)), 2),
+                       shutters.empty() ? "unknown" : shutters,
+                       exposure.count() == 0
+                           ? "unknown"
+                           : shortMs(number(exposure.quantile(0)), 2) + " to " + shortMs(number(exposure.max()), 2));
 }
 
 std::string handOvers(const SensorStatistics& sensor) {

@@ -50,7 +50,7 @@ function showFindings() {
   const table = byId('findings').appendChild(make('table'));
   addRow(table, ['sensor', 'finding', 'figures', 'what would help'], 'th');
   for (const { sensor, code, advice, ...numbers } of findings) {
-    const figures = Object.entries(numbers).map(([name, value]) => `${name} ${+value.toPrecision(6)}`);
+    const figures = Object.entries(numbers).map(([name, value]) => `${name} ${value}`);
     addRow(table, [sensor, code, figures.join(', '), advice]);
   }
 }
@@ -380,7 +380,7 @@ if (data.from !== undefined || data.to !== undefined) {
 showFigures(byId('counts'), data.counts);
 showFindings();
 byId('accuracy').hidden = data.accuracy === '';
-byId('accuracy').lastChild.textContent = data.accuracy;
+byId('accuracy').querySelector('pre').textContent = data.accuracy;
 if (compared) data.sensors.forEach(({ exposures }) => exposures.forEach(compare));
 data.sensors.forEach(showSensor);
 showExposures();

@@ -191,11 +191,11 @@ low rate
 
 very low rate
   low-rate exposures 288 rate_hz 99.97 buffered 50
-    288 exposures: at 100 Hz, 30 hand-overs hold fewer than 100 samples: at most 50 were buffered
+    288 exposures: raise the sample rate to 1 kHz: at 100 Hz, 30 hand-overs hold fewer than 100 samples, and at most 50 were buffered
 
 few in a hand-over
   too-few-samples exposures 288 rate_hz 1000 buffered 63
-    288 exposures: at 1000 Hz, 30 hand-overs hold fewer than 100 samples: at most 63 were buffered
+    288 exposures: raise the sample rate, or hand over less often: at 1000 Hz, 30 hand-overs hold fewer than 100 samples, and at most 63 were buffered
 
 one missing where a readout ends
   long-spans spans 1 used 55 expected 17

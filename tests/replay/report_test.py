@@ -86,7 +86,7 @@ class Reasons(ReportTest):
         self.assertIn("nearest sample 2500 us", text)
         self.assertIn("1 exposure: raise the sample rate to 1 kHz: at 200 Hz, 60 % of all moments lie 1000 us or more"
                       " from every sample", text)
-        self.assertIn("30 hand-overs hold fewer than 100 samples: at most 60", self.report(
+        self.assertIn("raise the sample rate to 1 kHz: at 125 Hz, 30 hand-overs hold fewer than 100 samples, and at most 60", self.report(
             [sensor(), *MONITOR], *[samples(2, 8 * MS, BEGIN + 16 * MS * i) for i in range(40)], ask(BEGIN + 600 * MS)))
 
     def test_a_silent_session_has_no_figures(self):
@@ -218,7 +218,7 @@ class Trace(ReportTest):
 
     def test_compressed(self):
         self.assertEqual(self.events(name="trace.json.gz"), self.events())
-        self.assertIn("missing/trace.gz: No such file", self.replay("--trace", "missing/trace.gz", HANDHELD, status=1))
+        self.assertIn("missing/trace.gz: there is no folder missing", self.replay("--trace", "missing/trace.gz", HANDHELD, status=1))
 
     def test_more_than_waits_for_earlier_events(self):
         lines = [sensor(), *MONITOR, *samples(100)]
@@ -359,6 +359,12 @@ class Plot(ReportTest):
         self.assertAlmostEqual(float(x[0]), 49, delta=0.001)
         self.assertEqual(y, ("*", "*"))
 
+    def test_a_panel_without_samples_has_no_scale(self):
+        text, _ = self.script(self.session([sensor(), *MONITOR, *ask(BEGIN)]))
+        self.assertEqual(text.count("'no samples'"), 2)
+        self.assertIn("sensor 0: 1 exposure, 1 without a position'", text)
+        self.assertNotIn("no samples", self.script(HANDHELD)[0])
+
     def test_says_what_to_do(self):
         no_path = {**os.environ, "PATH": "/nonexistent"}
         text = self.replay("--plot", "p.png", HANDHELD, status=1, env=no_path)
@@ -371,6 +377,7 @@ class Plot(ReportTest):
         self.assertIn("less than --to", self.replay("--plot", "p.png", "--from", "2", "--to", "1", HANDHELD, status=2))
         self.assertIn("need --plot, --trace or --html", self.replay("--from", "1", HANDHELD, status=2))
         self.assertIn("no folder missing/folder", self.replay("--plot", "missing/folder/p.png", HANDHELD, status=1))
+        self.assertIn("no folder missing\n", self.replay("--csv", "missing/e.csv", HANDHELD, status=1))
 
     def test_nothing_to_draw_leaves_every_other_output_complete(self):
         silent = self.session([sensor(), call("IsEnabled")])

@@ -224,7 +224,10 @@ void showAccuracy(const AccuracyArguments& arguments) {
         std::cerr << fmt::format("lsc_replay: only sensor {} is judged; others with positions: {} (--sensor ID)\n",
                                  modes[0].sensor, others);
     }
-    if (modes[0].served == 0) throw StreamError(fmt::format("no accuracy: sensor {} has no position", modes[0].sensor));
+    if (modes[0].served == 0) {
+        throw StreamError(fmt::format(
+            "no accuracy: sensor {} has no position; what lsc_replay finds in the session says why", modes[0].sensor));
+    }
     if (modes[0].all.exposures == 0) {
         throw StreamError(
             fmt::format("no accuracy: {} covers none of {}; times are in ns, on the clock of "

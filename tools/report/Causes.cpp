@@ -168,15 +168,15 @@ bool fillsTooSlowly(const SensorStatistics& sensor) {
 }
 
 std::string tooSlow(const SensorStatistics& sensor) {
-    return fmt::format("at {}, {} hand-overs hold fewer than {} samples: at most {} were buffered", rateText(sensor),
-                       lsc::kMaxBufferedFrames, lsc::kWindowSize, sensor.without(Kind::kTooFewSamples).largest);
+    return fmt::format("at {}, {} hand-overs hold fewer than {} samples, and at most {} were buffered",
+                       rateText(sensor), lsc::kMaxBufferedFrames, lsc::kWindowSize,
+                       sensor.without(Kind::kTooFewSamples).largest);
 }
 
 std::string farApart(const SensorStatistics& sensor) {
     const double percent = 100.0 * (1.0 - number(kLongestPeriodUs) / medianUs(sensor.periodUs));
-    return fmt::format("raise the sample rate to 1 kHz: at {}, {} moments lie {} us or more from every sample",
-                       rateText(sensor), percent < 1.0 ? "some" : fmt::format("{:.0f} % of all", percent),
-                       lsc::kMatchWindowUs);
+    return fmt::format("at {}, {} moments lie {} us or more from every sample", rateText(sensor),
+                       percent < 1.0 ? "some" : fmt::format("{:.0f} % of all", percent), lsc::kMatchWindowUs);
 }
 
 MaybeCause lowRate(const SensorStatistics& sensor) {
@@ -188,9 +188,12 @@ MaybeCause lowRate(const SensorStatistics& sensor) {
     std::vector<Kind> explains;
     if (slow) explains.push_back(Kind::kTooFewSamples);
     if (low) explains.push_back(Kind::kNoNearSample);
-    return cause(low ? "low-rate" : "too-few-samples",
-                 {{"rate_hz", rateHz(sensor)}, {"buffered", number(sensor.without(Kind::kTooFewSamples).largest)}},
-                 slow ? tooSlow(sensor) : farApart(sensor), std::move(explains));
+    return cause(
+        low ? "low-rate" : "too-few-samples",
+        {{"rate_hz", rateHz(sensor)}, {"buffered", number(sensor.without(Kind::kTooFewSamples).largest)}},
+        fmt::format("{}: {}", low ? "raise the sample rate to 1 kHz" : "raise the sample rate, or hand over less often",
+                    slow ? tooSlow(sensor) : farApart(sensor)),
+        std::move(explains));
 }
 
 // Hand-overs without a sample before the first one or after the last one, if exposures lack samples for it and more

@@ -107,6 +107,11 @@ struct HallRows {
     const std::string samples, spans, positions, device, differences;
 };
 
+// In a panel that has no scale.
+constexpr const char* kNoSamples = R"(unset ytics
+set label 'no samples' at graph 0.5,0.5 center font ',14' textcolor rgb '#555555'
+)";
+
 // Not so close to a lens at rest that the rounding of its samples fills the panel.
 std::string yRange(const Picture& picture, double Point::*axis) {
     constexpr double kLeastHeightUm = 2;
@@ -140,8 +145,9 @@ std::string axisPanel(const HallRows& rows, const Picture& picture, double Point
                     "$differences using 1:{1} with points pt 6 ps 1.8 lw 2 lc rgb '#d0006f' "
                     "title 'device differs: {2}'",
                     column, column + 2, picture.countDifferences()));
-    return fmt::format("set yrange {}\nset ylabel 'hall {} (ois{}, as delivered)'\n", yRange(picture, axis),
-                       column == 2 ? 'x' : 'y', column == 2 ? 'X' : 'Y') +
+    const bool empty = !picture.extremes(axis);
+    return fmt::format("set yrange {}\nset ylabel 'hall {} (ois{}, as delivered)'\n{}", yRange(picture, axis),
+                       column == 2 ? 'x' : 'y', column == 2 ? 'X' : 'Y', empty ? kNoSamples : "") +
            elements.text();
 }
 

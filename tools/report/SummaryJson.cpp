@@ -1,5 +1,7 @@
 #include "tools/report/SummaryJson.h"
 
+#include <cmath>
+
 #include "customer/aaa/aaa/lsc/OisSpan.h"
 #include "tools/report/Findings.h"
 #include "tools/session/JsonWriter.h"
@@ -67,12 +69,19 @@ void writeExpectations(JsonWriter& json, const Comparison& comparison) {
     json.key("expectations").beginObject().member("compared", compared).member("unmet", unmet).endObject();
 }
 
+// A count, or a time stamp, as what it is.
+void write(JsonWriter& json, double number) {
+    constexpr double kMost = 0x1p63;
+    const bool whole = std::abs(number) < kMost && number == std::floor(number);
+    whole ? json.value(static_cast<std::int64_t>(number)) : json.value(number);  // as tested
+}
+
 void writeFindings(JsonWriter& json, const Statistics& statistics) {
     json.key("findings").beginList();
     for (const Finding& finding : findings(statistics)) {
         json.beginObject().member("code", finding.code).member("sensor", finding.sensor);
         for (const auto& [name, number] : finding.numbers)
-            json.member(name, number);
+            write(json.key(name), number);
         json.member("advice", finding.advice).endObject();
     }
     json.endList();

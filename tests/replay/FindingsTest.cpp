@@ -237,6 +237,12 @@ behind, and silent from the middle on
   sample-clock-behind exposures 288 offset_us -2.986e+06 frame_interval_us 1.666e+04
     288 exposures: use one clock for samples and frames: in the median, the newest sample of a hand-over is 2986.338 ms before the time stamp of its frame
 
+behind, and one dropped
+  sample-clock-behind exposures 290 offset_us -2.986e+06 frame_interval_us 1.666e+04
+    290 exposures: use one clock for samples and frames: in the median, the newest sample of a hand-over is 2986.331 ms before the time stamp of its frame
+  missing-hand-overs missing 1 longest_gap_ms 16.97
+    call UpdateSensorData for every frame: 1 frame number has no hand-over, and their samples are lost
+
 set ahead, and silent for 60 ms
   sample-clock-step exposures 147 steps 1 largest_us 3e+06
     147 exposures: use one clock for samples and frames: that of the samples was set ahead by 2999.983 ms
@@ -477,6 +483,9 @@ TEST(Findings, CountAnExposureToTheCauseAtItsPlace) {
         {"fast, and silent for 60 ms", both(drifting(1000), gap)},
         {"ahead, and silent for 60 ms", both(shifted(40 * kMs), gap)},
         {"behind, and silent from the middle on", both(shifted(-3000 * kMs), silent(2500, 9000))},
+        {"behind, and one dropped",
+         both(shifted(-3000 * kMs),
+              [](Phone& its) { its.handsOver = [](int frame) { return frame != 100; }, its.askedAfter = 0; })},
         {"set ahead, and silent for 60 ms", both(setAhead(3000 * kMs), silent(1970, 2030))},
         {"dropped, and silent for 60 ms", both([](Phone& its) { its.handsOver = dropsFive; }, gap)},
         {"fast, and late", both(drifting(1000), [](Phone& its) { its.askedAfter = -1; })},

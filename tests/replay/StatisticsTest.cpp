@@ -14,6 +14,7 @@ using replay::Reason;
 using replay::SensorStatistics;
 using test::kMs;
 using Fate = lsc::SampleQueue::Fate;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -25,6 +26,12 @@ protected:
         for (const std::int64_t ms : timesMs)
             samples.push_back(test::sample(ms * kMs));
         mStatistics.handedOver({mSensor, mFrame, samples, {fate}, mFrameNs});
+    }
+
+    void takeAt(std::int64_t frameMs, const std::vector<std::int64_t>& timesMs) {
+        mFrameNs = static_cast<std::uint64_t>(frameMs * kMs);
+        take(timesMs);
+        ++mFrame;
     }
 
     void miss(Reason::Kind kind, std::uint64_t number = 0, std::uint64_t startMs = 0) {
@@ -82,16 +89,27 @@ TEST_F(Figures, APauseOfTheMonitorIsNoGap) {
     EXPECT_EQ(sensor().missingHandOvers(), 0U);
 }
 
-// A hand-over that is late and brings a gap looks like a clock that was set, until the next one.
+// A hand-over that is late and brings a gap looks like a clock that was set, until frames catch up.
 TEST_F(Figures, AGapInALateHandOverIsNoStepOfTheClock) {
-    for (const auto& [frameMs, samples] : std::initializer_list<std::pair<std::uint64_t, std::vector<std::int64_t>>>{
-             {10, {11, 12, 13}}, {20, {21, 22, 23}}, {30, {31, 92, 93}}, {40, {94, 95}}, {50, {96, 97}}, {90, {102}}}) {
-        mFrameNs = frameMs * kMs;
-        take(samples);
-        ++mFrame;
-    }
-    EXPECT_EQ(sensor().clockStepUs.count(), 0U);
-    EXPECT_EQ(sensor().silentPeriodUs.max(), 61'000U);
+    for (const std::int64_t frameMs : {10, 20, 30})
+        takeAt(frameMs, {frameMs + 1, frameMs + 2, frameMs + 3});
+    takeAt(40, {41, 102, 103});
+    takeAt(50, {104, 105});
+    miss(Reason::Kind::kNoNearSample, 20'000, 60);
+    EXPECT_EQ(sensor().clockSteps(), 1U);
+    takeAt(100, {112});
+    EXPECT_EQ(sensor().clockSteps(), 0U);
+    EXPECT_THAT(advice(),
+                ElementsAre(AllOf(HasSubstr("1 exposure: find out what stops"), HasSubstr("up to 61.000 ms"))));
+}
+
+TEST_F(Figures, AStepOfTheClockStaysOneWhenTheMonitorStarts) {
+    for (const std::int64_t frameMs : {10, 20, 30})
+        takeAt(frameMs, {frameMs + 1, frameMs + 2, frameMs + 3});
+    takeAt(40, {41, 102, 103});
+    mStatistics.monitorStarted(mSensor);
+    takeAt(50, {51, 52});
+    EXPECT_EQ(sensor().clockSteps(), 1U);
 }
 
 TEST_F(Figures, BatchesDeliveredAgainHaveNoStampOfTheFuture) {
@@ -123,7 +141,7 @@ TEST_F(Figures, AdviceNamesTheCauseThatTheNumbersShow) {
     take({0, 1, 2, 3});
     miss(Reason::Kind::kNoLaterSample, 800);
     miss(Reason::Kind::kNoLaterSample, 4321);
-    EXPECT_THAT(advice(), ElementsAre(testing::AllOf(HasSubstr("2 exposures"), HasSubstr("up to 4321 us before"))));
+    EXPECT_THAT(advice(), ElementsAre(AllOf(HasSubstr("2 exposures"), HasSubstr("up to 4321 us before"))));
 
     startOver();
     miss(Reason::Kind::kOneSample, 0);
@@ -142,7 +160,7 @@ TEST_F(Figures, TooFewSamplesAreEitherTooEarlyOrTooSlow) {
     for (std::int64_t ms = 33; ms < 1200; ms += 33)
         take({ms});
     miss(Reason::Kind::kTooFewSamples, 30);
-    EXPECT_THAT(advice(), ElementsAre(testing::AllOf(HasSubstr("at 30 Hz"), HasSubstr("at most 30"))));
+    EXPECT_THAT(advice(), ElementsAre(AllOf(HasSubstr("at 30 Hz"), HasSubstr("at most 30"))));
 }
 
 }  // namespace

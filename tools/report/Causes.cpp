@@ -12,8 +12,6 @@ namespace {
 using Kind = Reason::Kind;
 using Fate = lsc::SampleQueue::Fate;
 
-// Fewer of a kind are too few to judge by.
-constexpr std::uint64_t kEnough = 10;
 constexpr double kUsPerSecond = 1e6;
 constexpr double kUnitFactor = 1000.0;
 

@@ -21,7 +21,7 @@ std::int64_t nsFrom(std::uint64_t beginNs, std::uint64_t endNs) {
 
 // By more than half a frame: time stamps of a frame need not agree to the last.
 bool isLater(const SensorStatistics& sensor, std::uint64_t ns, std::uint64_t thanNs) {
-    const std::uint64_t halfFrameNs = sensor.frameUs.quantile(0.5) * lsc::kNsPerUs / 2;
+    const std::uint64_t halfFrameNs = sensor.frame->intervalUs * lsc::kNsPerUs / 2;
     return nsFrom(thanNs, ns) > static_cast<std::int64_t>(halfFrameNs);  // far below 2^63
 }
 

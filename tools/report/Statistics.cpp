@@ -24,8 +24,7 @@ std::uint64_t roundedUs(std::uint64_t ns) {
 }  // namespace
 
 bool SensorStatistics::isJittery() const {
-    constexpr std::uint64_t kEnough = 100;  // periods; fewer are too few to judge by
-    return periodUs.count() >= kEnough && 2 * periodUs.quantile(0.95) > 3 * periodUs.quantile(0.5);
+    return periodUs.count() >= 10 * kEnough && 2 * periodUs.quantile(0.95) > 3 * periodUs.quantile(0.5);
 }
 
 std::uint64_t SensorStatistics::longestStepUs() const {
@@ -39,7 +38,7 @@ void Statistics::monitorStarted(std::int32_t sensor) {
     known->second.newestNs.reset();
     known->second.frame.reset();
     known->second.stuck.reset();
-    known->second.leap.reset();
+    if (const auto leap = std::exchange(known->second.leap, {})) known->second.clockStepUs.add(leap->us);
     known->second.places.monitorStarted();
 }
 
@@ -127,7 +126,8 @@ void Statistics::notePeriod(SensorStatistics& sensor, const HandOver& handOver, 
     if (us <= kLongestPeriodUs) return;
     const std::uint64_t framesUs = (handOver.timestampNs - sensor.newestFrameNs) / lsc::kNsPerUs;
     // The first sample of a hand-over may come a frame after its last one could have.
-    const bool leaps = sensor.haveFrameTimes() && us > framesUs + sensor.frameUs.quantile(0.5) * 3 / 2;
+    const bool leaps = us > sensor.frame->intervalUs && us > framesUs + sensor.frameUs.quantile(0.5) * 3 / 2 &&
+                       sensor.haveFrameTimes();
     const Place silent = leaps ? Place::kClockStep : Place::kSilence;
     sensor.places.addStep(*sensor.newestNs, newNs, afterMissing ? Place::kMissingHandOver : silent);
     if (afterMissing) return;
@@ -175,6 +175,7 @@ void Statistics::count(const ExposureOutcome& outcome) {
         }
     }
     if (outcome.span) {
+        sensor.spanReadoutUs.add(outcome.readoutNs / lsc::kNsPerUs);
         sensor.matchUs.add(outcome.span->distanceUs);
         sensor.spanSamples.add(narrow<std::uint64_t>(outcome.span->samples));
         if (isLong(*outcome.span, outcome.readoutNs)) ++sensor.longSpans;

@@ -16,13 +16,16 @@
 
 namespace replay {
 
+// Fewer of a kind are too few to judge by.
+inline constexpr std::uint64_t kEnough = 10;
 // Two samples farther apart leave exposure starts between them that neither matches.
 inline constexpr std::uint64_t kLongestPeriodUs = 2 * lsc::kMatchWindowUs;
 
 struct SensorStatistics {
     // Of the exposures that got a position.
-    Histogram matchUs;      // distance from the exposure start to the sample that the span starts from
-    Histogram spanSamples;  // samples that were reduced to the position
+    Histogram matchUs;        // distance from the exposure start to the sample that the span starts from
+    Histogram spanSamples;    // samples that were reduced to the position
+    Histogram spanReadoutUs;  // rolling shutter
     // Spans that last more than twice the rolling shutter and the match window: no sample was near its end.
     std::uint64_t longSpans = 0;
 
@@ -104,10 +107,10 @@ struct SensorStatistics {
         const auto sum = static_cast<std::uint64_t>(std::max<std::int64_t>(0, frameStepSum));  // as tested
         return std::max(sum / usualFrameStep(), frameStepCount) - frameStepCount;
     }
-    // Samples of a span that reaches over the rolling shutter; 0 when that is not known.
+    // Samples of a span that reaches over the rolling shutter; 0 without positions.
     std::uint64_t expectedSpan() const {
         const std::uint64_t period = periodUs.quantile(0.5);
-        return period == 0 || readoutUs.count() == 0 ? 0 : (readoutUs.quantile(0.5) + period / 2) / period + 1;
+        return period == 0 || spanReadoutUs.count() == 0 ? 0 : (spanReadoutUs.quantile(0.5) + period / 2) / period + 1;
     }
     // Time stamps of frames in another unit, say, are none: an exposure takes no longer than a frame.
     bool haveFrameTimes() const { return frameUs.quantile(0.5) > exposureUs.quantile(0); }

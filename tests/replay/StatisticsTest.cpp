@@ -153,6 +153,13 @@ TEST_F(Figures, AdviceNamesTheCauseThatTheNumbersShow) {
     EXPECT_THAT(advice(), IsEmpty());
 }
 
+TEST_F(Figures, AnExposureBeforeTheFirstHandOverLacksWhatThatLacks) {
+    miss(Reason::Kind::kTooFewSamples);
+    for (int i = 0; i < 10; ++i)
+        take({}, Fate::kEmpty);
+    EXPECT_THAT(advice(), ElementsAre(AllOf(HasSubstr("1 exposure: find out what stops"), HasSubstr("no hand-over"))));
+}
+
 TEST_F(Figures, TooFewSamplesAreEitherTooEarlyOrTooSlow) {
     take({0, 1, 2});
     miss(Reason::Kind::kTooFewSamples, 3);

@@ -1,11 +1,10 @@
-// Sessions with one fault each: the finding must name it, and nothing else but spans that run on for it. Healthy
-// sessions have no finding. What is told is compared to the letter.
+// Sessions with one fault each: the finding must name it, and nothing else. Of two faults each has the exposures that
+// it spoils. Healthy sessions have no finding. What is told is compared to the letter.
 #include "tools/report/Findings.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <functional>
 #include <limits>
 #include <span>
@@ -34,6 +33,8 @@ std::vector<replay::Finding> findingsOf(const std::function<void(Phone&)>& spoil
     test::dropCustomerObject();
     return replay::findings(statistics);
 }
+
+constexpr std::int64_t kMiddle = kBegin + 2500 * kMs;  // of a session
 
 struct Case {
     std::string name;
@@ -88,6 +89,22 @@ slow
   sample-clock-drift drift_ppm -999.6 total_us -4965
     use one clock for samples and frames: that of the samples is slow by 1000 ppm, 4.965 ms over the session
 
+set ahead
+  sample-clock-step exposures 147 steps 1 largest_us 3e+06
+    147 exposures: use one clock for samples and frames: that of the samples was set ahead by 2999.996 ms
+
+set somewhat ahead
+  sample-clock-step exposures 3 steps 1 largest_us 5e+04
+    3 exposures: use one clock for samples and frames: that of the samples was set ahead by 49.996 ms
+
+all at 0
+  sample-clock-behind exposures 288 offset_us -1.025e+08 frame_interval_us 1.666e+04
+    288 exposures: use one clock for samples and frames: in the median, the newest sample of a hand-over is 102483.199 ms before the time stamp of its frame
+
+frames in us
+  sample-clock-ahead offset_us 1.024e+08 frame_interval_us 16
+    use one clock for samples and frames: in the median, the newest sample of a hand-over is 102395.130 ms after the time stamp of its frame
+
 minutes ahead
   future-stamp exposures 235 frame 60 stamp_ns 6.01e+11 discarded 238
     235 exposures: find out why a sample is stamped in the future: after the time stamp 601000000000 ns, handed over with frame 60, 238 batches were discarded
@@ -106,7 +123,7 @@ shutter double
 
 shutter in us
   rolling-shutter exposures 288 rolling_shutter_us 15.98 frame_interval_us 1.666e+04 factor 0.001
-    288 exposures: the rolling shutter of 0.016 ms is about a thousandth of what fits a frame interval of 16.663 ms: give it in ns
+    288 exposures: the rolling shutter of 0.01598 ms is about a thousandth of what fits a frame interval of 16.663 ms: give it in ns
 
 shutter in ps
   rolling-shutter rolling_shutter_us 3e+06 frame_interval_us 1.666e+04 factor 1000
@@ -132,9 +149,21 @@ dropped, samples come later
   missing-hand-overs missing 5 longest_gap_ms 0.974
     call UpdateSensorData for every frame: 5 frame numbers have no hand-over
 
+one dropped, samples come later
+  missing-hand-overs exposures 1 missing 1 longest_gap_ms 0.997
+    1 exposure: call UpdateSensorData for every frame: 1 frame number has no hand-over
+
+every tenth dropped
+  missing-hand-overs exposures 29 missing 30 longest_gap_ms 18.03
+    29 exposures: call UpdateSensorData for every frame: 30 frame numbers have no hand-over, and their samples are lost
+
 late
   late-hand-overs exposures 290 largest 3362
     290 exposures: hand the samples over (UpdateSensorData) before the frame is asked for: the samples ended up to 3362 us before its start
+
+late from the first frame on
+  late-hand-overs exposures 299 largest 3363
+    299 exposures: hand the samples over (UpdateSensorData) before the frame is asked for: the samples ended up to 3363 us before its start
 
 early
   asked-too-early exposures 3 largest 83
@@ -147,28 +176,26 @@ after they left the buffer
 two in the wrong order
   discarded-batches exposures 1 discarded 1
     1 exposure: hand over each batch after those that begin before it: 1 batch was discarded
-  long-spans spans 1 used 40 expected 17
-    deliver a sample every millisecond: 1 of 287 spans went on past the readout, because no sample was within 1000 us of its end, and had up to 40 samples with 17 expected
+
+one again and again
+  discarded-batches exposures 148 discarded 150
+    148 exposures: hand over each batch after those that begin before it: 150 batches were discarded
 
 jitter
   sample-jitter exposures 3 median_us 964 above_5_percent_us 2076
     3 exposures: read the hall sensor at even intervals, and take the time stamps then: the median interval is 964 us, but 5 % exceed 2076 us
-  long-spans spans 5 used 56 expected 18
-    deliver a sample every millisecond: 5 of 285 spans went on past the readout, because no sample was within 1000 us of its end, and had up to 56 samples with 18 expected
 
 low rate
   low-rate exposures 172 rate_hz 200 buffered 0
     172 exposures: raise the sample rate to 1 kHz: at 200 Hz, 60 % of all moments lie 1000 us or more from every sample
-  long-spans spans 11 used 12 expected 4
-    deliver a sample every millisecond: 11 of 86 spans went on past the readout, because no sample was within 1000 us of its end, and had up to 12 samples with 4 expected
 
 very low rate
   low-rate exposures 288 rate_hz 99.97 buffered 50
-    288 exposures: at 100 Hz, 30 hand-overs hold fewer than 100 samples: at most 50 were buffered
+    288 exposures: raise the sample rate to 1 kHz: at 100 Hz, 30 hand-overs hold fewer than 100 samples, and at most 50 were buffered
 
 few in a hand-over
   too-few-samples exposures 288 rate_hz 1000 buffered 63
-    288 exposures: at 1000 Hz, 30 hand-overs hold fewer than 100 samples: at most 63 were buffered
+    288 exposures: raise the sample rate, or hand over less often: at 1000 Hz, 30 hand-overs hold fewer than 100 samples, and at most 63 were buffered
 
 one missing where a readout ends
   long-spans spans 1 used 55 expected 17
@@ -177,6 +204,70 @@ one missing where a readout ends
 silent for 60 ms
   sample-gaps exposures 4 gaps 1 longest_ms 62.01
     4 exposures: find out what stops the hall sensor or its driver: the samples have a gap of 62.009 ms
+
+silent from the middle on
+  sample-gaps exposures 148 empty_last 149
+    148 exposures: find out what stops the hall sensor or its driver: the last 149 hand-overs had no sample
+
+silent for the last 100 ms
+  sample-gaps exposures 3 empty_last 5
+    3 exposures: find out what stops the hall sensor or its driver: the last 5 hand-overs had no sample
+
+silent for the first second
+  sample-gaps exposures 54 empty_first 60
+    54 exposures: find out what stops the hall sensor or its driver: the first 60 hand-overs had no sample
+
+silent all the time
+  sample-gaps exposures 299 empty_first 300
+    299 exposures: find out what stops the hall sensor or its driver: no hand-over had a sample
+
+fast, and silent for 60 ms
+  sample-clock-drift drift_ppm 1000 total_us 4985
+    use one clock for samples and frames: that of the samples is fast by 1000 ppm, 4.985 ms over the session
+  sample-gaps exposures 4 gaps 1 longest_ms 62.07
+    4 exposures: find out what stops the hall sensor or its driver: the samples have a gap of 62.071 ms
+
+ahead, and silent for 60 ms
+  sample-clock-ahead offset_us 5.366e+04 frame_interval_us 1.666e+04
+    use one clock for samples and frames: in the median, the newest sample of a hand-over is 53.664 ms after the time stamp of its frame
+  sample-gaps exposures 3 gaps 1 longest_ms 62.01
+    3 exposures: find out what stops the hall sensor or its driver: the samples have a gap of 62.009 ms
+
+behind, and silent from the middle on
+  sample-clock-behind exposures 288 offset_us -2.986e+06 frame_interval_us 1.666e+04
+    288 exposures: use one clock for samples and frames: in the median, the newest sample of a hand-over is 2986.338 ms before the time stamp of its frame
+
+behind, and one dropped
+  sample-clock-behind exposures 290 offset_us -2.986e+06 frame_interval_us 1.666e+04
+    290 exposures: use one clock for samples and frames: in the median, the newest sample of a hand-over is 2986.331 ms before the time stamp of its frame
+  missing-hand-overs missing 1 longest_gap_ms 16.97
+    call UpdateSensorData for every frame: 1 frame number has no hand-over, and their samples are lost
+
+set ahead, and silent for 60 ms
+  sample-clock-step exposures 147 steps 1 largest_us 3e+06
+    147 exposures: use one clock for samples and frames: that of the samples was set ahead by 2999.983 ms
+  sample-gaps exposures 4 gaps 1 longest_ms 62.02
+    4 exposures: find out what stops the hall sensor or its driver: the samples have a gap of 62.025 ms
+
+dropped, and silent for 60 ms
+  missing-hand-overs exposures 6 missing 5 longest_gap_ms 83.97
+    6 exposures: call UpdateSensorData for every frame: 5 frame numbers have no hand-over, and their samples are lost
+  sample-gaps exposures 4 gaps 1 longest_ms 62.03
+    4 exposures: find out what stops the hall sensor or its driver: the samples have a gap of 62.026 ms
+
+fast, and late
+  sample-clock-drift drift_ppm 1000 total_us 4969
+    use one clock for samples and frames: that of the samples is fast by 1000 ppm, 4.969 ms over the session
+  short-spans used 10 expected 17
+    hand over the samples of the whole readout before the frame is asked for, at a rate at which 50 of them cover it: the median span has 10 samples of 17 expected
+  late-hand-overs exposures 171 largest 3167
+    171 exposures: hand the samples over (UpdateSensorData) before the frame is asked for: the samples ended up to 3167 us before its start
+
+shutter in us, and low rate
+  rolling-shutter exposures 86 rolling_shutter_us 15.98 frame_interval_us 1.666e+04 factor 0.001
+    86 exposures: the rolling shutter of 0.01598 ms is about a thousandth of what fits a frame interval of 16.663 ms: give it in ns
+  low-rate exposures 172 rate_hz 200 buffered 0
+    172 exposures: raise the sample rate to 1 kHz: at 200 Hz, 60 % of all moments lie 1000 us or more from every sample
 
 no monitor
   no-monitor exposures 28
@@ -272,6 +363,26 @@ TEST(Findings, AHealthySessionHasNone) {
     expectTold(cases);
 }
 
+auto setAhead(std::int64_t byNs) {
+    return
+        [byNs](Phone& its) { its.stamp = [byNs](std::int64_t time) { return time < kMiddle ? time : time + byNs; }; };
+}
+
+// The hall sensor gives nothing from one time to another.
+auto silent(std::int64_t fromMs, std::int64_t toMs) {
+    return [=](Phone& its) {
+        its.measures = [=](std::int64_t time) { return time < kBegin + fromMs * kMs || time > kBegin + toMs * kMs; };
+    };
+}
+
+auto both(const std::function<void(Phone&)>& one, const std::function<void(Phone&)>& other) {
+    return [=](Phone& its) { one(its), other(its); };
+}
+
+bool dropsFive(int frame) {
+    return frame < 100 || frame >= 105;
+}
+
 TEST(Findings, NameAClockThatIsOff) {
     const Case cases[] = {
         {"behind", shifted(-3000 * kMs)},
@@ -282,6 +393,15 @@ TEST(Findings, NameAClockThatIsOff) {
         {"fast", drifting(1000)},
         {"very fast", drifting(10000)},
         {"slow", drifting(-1000)},
+        {"set ahead", setAhead(3000 * kMs)},
+        {"set somewhat ahead", setAhead(50 * kMs)},
+        {"all at 0", [](Phone& its) { its.stamp = [](std::int64_t) { return 0; }; }},
+        {"frames in us",
+         [](Phone& its) {
+             its.spell = [](std::string& line) {
+                 if (line.find("UpdateSensorData") != std::string::npos) line.erase(line.size() - 4, 3);
+             };
+         }},
         {"minutes ahead", oneStamp(kBegin + 501'000 * kMs)},
         {"an hour ahead", oneStamp(kBegin + 3'601'000 * kMs)},
         {"at the end of time", oneStamp(std::numeric_limits<std::int64_t>::max() - 1)},
@@ -302,19 +422,36 @@ TEST(Findings, NameARollingShutterThatDoesNotFit) {
 }
 
 TEST(Findings, NameHandOversThatAreMissingOrLate) {
-    const auto dropped = [](int frame) { return frame < 100 || frame >= 105; };
     const Case cases[] = {
-        {"dropped", [&](Phone& its) { its.handsOver = dropped; }},
+        {"dropped", [](Phone& its) { its.handsOver = dropsFive; }},
         {"dropped, samples come later",
-         [&](Phone& its) {
-             its.handsOver = dropped, its.repeatNs = [](int frame) { return frame == 105 ? 83 * kMs : 0; },
+         [](Phone& its) {
+             its.handsOver = dropsFive, its.repeatNs = [](int frame) { return frame == 105 ? 83 * kMs : 0; },
              its.askedAfter = 8;
          }},
+        {"one dropped, samples come later",
+         [](Phone& its) {
+             its.handsOver = [](int frame) { return frame != 100; }, its.askedAfter = 0;
+             its.repeatNs = [](int frame) { return frame == 101 ? 17 * kMs : 0; };
+         }},
+        {"every tenth dropped", [](Phone& its) { its.handsOver = [](int frame) { return frame % 10 != 5; }; }},
         {"late", [](Phone& its) { its.askedAfter = -1; }},
+        {"late from the first frame on",
+         [](Phone& its) {
+             its.firstAsked = 0, its.askedAfter = -1, its.handsOver = [](int frame) { return frame > 0; };
+             its.repeatNs = [](int frame) { return frame == 1 ? 200 * kMs : 0; };
+         }},
         {"early", [](Phone& its) { its.firstAsked = 0; }},
         {"after they left the buffer", [](Phone& its) { its.askedAfter = 40; }},
         {"two in the wrong order",
          [](Phone& its) { its.order = [](int frame) { return frame / 2 == 50 ? 201 - frame : frame; }; }},
+        {"one again and again",
+         [](Phone& its) {
+             its.spell = [count = 0, batch = std::string()](std::string& line) mutable {
+                 if (line.find("samples") == std::string::npos) return;
+                 ++count > 150 ? line = batch : batch = line;
+             };
+         }},
     };
     expectTold(cases);
 }
@@ -331,10 +468,29 @@ TEST(Findings, NameWhatIsWrongWithTheSamples) {
              its.shutterNs = 16 * kMs, its.sampleJitterNs = 0,
              its.measures = [](std::int64_t time) { return time != kBegin + 1008 * kMs; };
          }},
-        {"silent for 60 ms",
-         [](Phone& its) {
-             its.measures = [](std::int64_t time) { return std::abs(time - kBegin - 3000 * kMs) > 30 * kMs; };
-         }},
+        {"silent for 60 ms", silent(2970, 3030)},
+        {"silent from the middle on", silent(2500, 9000)},
+        {"silent for the last 100 ms", silent(4914, 9000)},
+        {"silent for the first second", silent(-1000, 1000)},
+        {"silent all the time", both(silent(-1000, 9000), [](Phone& its) { its.firstAsked = 0, its.askedAfter = -1; })},
+    };
+    expectTold(cases);
+}
+
+TEST(Findings, CountAnExposureToTheCauseAtItsPlace) {
+    const auto gap = silent(2970, 3030);
+    const Case cases[] = {
+        {"fast, and silent for 60 ms", both(drifting(1000), gap)},
+        {"ahead, and silent for 60 ms", both(shifted(40 * kMs), gap)},
+        {"behind, and silent from the middle on", both(shifted(-3000 * kMs), silent(2500, 9000))},
+        {"behind, and one dropped",
+         both(shifted(-3000 * kMs),
+              [](Phone& its) { its.handsOver = [](int frame) { return frame != 100; }, its.askedAfter = 0; })},
+        {"set ahead, and silent for 60 ms", both(setAhead(3000 * kMs), silent(1970, 2030))},
+        {"dropped, and silent for 60 ms", both([](Phone& its) { its.handsOver = dropsFive; }, gap)},
+        {"fast, and late", both(drifting(1000), [](Phone& its) { its.askedAfter = -1; })},
+        {"shutter in us, and low rate",
+         both(withShutter(15'980), [](Phone& its) { its.periodNs = 5 * kMs, its.firstAsked = 40; })},
     };
     expectTold(cases);
 }

@@ -14,6 +14,7 @@ using replay::Reason;
 using replay::SensorStatistics;
 using test::kMs;
 using Fate = lsc::SampleQueue::Fate;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -24,11 +25,22 @@ protected:
         lsc::Samples samples;
         for (const std::int64_t ms : timesMs)
             samples.push_back(test::sample(ms * kMs));
-        mStatistics.handedOver({mSensor, mFrame, samples, {fate}});
+        mStatistics.handedOver({mSensor, mFrame, samples, {fate}, mFrameNs});
     }
 
-    void miss(Reason::Kind kind, std::uint64_t number = 0) {
+    void takeAt(std::int64_t frameMs, const std::vector<std::int64_t>& timesMs) {
+        mFrameNs = static_cast<std::uint64_t>(frameMs * kMs);
+        take(timesMs);
+        ++mFrame;
+    }
+
+    void miss(Reason::Kind kind, std::uint64_t number = 0, std::uint64_t startMs = 0) {
         replay::ExposureOutcome outcome;
+        if (startMs != 0) {
+            outcome.times.emplace();
+            outcome.times->sofNs = startMs * kMs;
+            outcome.times->startUs = startMs * 1000;
+        }
         outcome.sensor = mSensor;
         outcome.reason = replay::detailedReason(kind, "detail", number);
         mStatistics.exposuresAsked({outcome});
@@ -48,6 +60,7 @@ protected:
     replay::Statistics mStatistics;
     std::int32_t mSensor = 0;
     std::uint32_t mFrame = 1;
+    std::uint64_t mFrameNs = 0;
 };
 
 TEST_F(Figures, PeriodsAreThoseOfNewSamplesInOrder) {
@@ -76,6 +89,29 @@ TEST_F(Figures, APauseOfTheMonitorIsNoGap) {
     EXPECT_EQ(sensor().missingHandOvers(), 0U);
 }
 
+// A hand-over that is late and brings a gap looks like a clock that was set, until frames catch up.
+TEST_F(Figures, AGapInALateHandOverIsNoStepOfTheClock) {
+    for (const std::int64_t frameMs : {10, 20, 30})
+        takeAt(frameMs, {frameMs + 1, frameMs + 2, frameMs + 3});
+    takeAt(40, {41, 102, 103});
+    takeAt(50, {104, 105});
+    miss(Reason::Kind::kNoNearSample, 20'000, 60);
+    EXPECT_EQ(sensor().clockSteps(), 1U);
+    takeAt(100, {112});
+    EXPECT_EQ(sensor().clockSteps(), 0U);
+    EXPECT_THAT(advice(),
+                ElementsAre(AllOf(HasSubstr("1 exposure: find out what stops"), HasSubstr("up to 61.000 ms"))));
+}
+
+TEST_F(Figures, AStepOfTheClockStaysOneWhenTheMonitorStarts) {
+    for (const std::int64_t frameMs : {10, 20, 30})
+        takeAt(frameMs, {frameMs + 1, frameMs + 2, frameMs + 3});
+    takeAt(40, {41, 102, 103});
+    mStatistics.monitorStarted(mSensor);
+    takeAt(50, {51, 52});
+    EXPECT_EQ(sensor().clockSteps(), 1U);
+}
+
 TEST_F(Figures, BatchesDeliveredAgainHaveNoStampOfTheFuture) {
     take({1, 2, 3});
     for (int i = 0; i < 4; ++i)
@@ -97,14 +133,15 @@ TEST_F(Figures, AdviceNamesTheCauseThatTheNumbersShow) {
 
     startOver();
     take({0, 1, 2, 3, 40, 41});
-    miss(Reason::Kind::kNoNearSample, 9000);
-    EXPECT_THAT(advice(), ElementsAre(HasSubstr("a gap of 37.000 ms")));
+    miss(Reason::Kind::kNoNearSample, 9000, 12);
+    EXPECT_THAT(advice(), ElementsAre(HasSubstr("1 exposure: find out what stops the hall sensor or its driver: the "
+                                                "samples have a gap of 37.000 ms")));
 
     startOver();
     take({0, 1, 2, 3});
     miss(Reason::Kind::kNoLaterSample, 800);
     miss(Reason::Kind::kNoLaterSample, 4321);
-    EXPECT_THAT(advice(), ElementsAre(testing::AllOf(HasSubstr("2 exposures"), HasSubstr("up to 4321 us before"))));
+    EXPECT_THAT(advice(), ElementsAre(AllOf(HasSubstr("2 exposures"), HasSubstr("up to 4321 us before"))));
 
     startOver();
     miss(Reason::Kind::kOneSample, 0);
@@ -116,6 +153,13 @@ TEST_F(Figures, AdviceNamesTheCauseThatTheNumbersShow) {
     EXPECT_THAT(advice(), IsEmpty());
 }
 
+TEST_F(Figures, AnExposureBeforeTheFirstHandOverLacksWhatThatLacks) {
+    miss(Reason::Kind::kTooFewSamples);
+    for (int i = 0; i < 10; ++i)
+        take({}, Fate::kEmpty);
+    EXPECT_THAT(advice(), ElementsAre(AllOf(HasSubstr("1 exposure: find out what stops"), HasSubstr("no hand-over"))));
+}
+
 TEST_F(Figures, TooFewSamplesAreEitherTooEarlyOrTooSlow) {
     take({0, 1, 2});
     miss(Reason::Kind::kTooFewSamples, 3);
@@ -123,7 +167,7 @@ TEST_F(Figures, TooFewSamplesAreEitherTooEarlyOrTooSlow) {
     for (std::int64_t ms = 33; ms < 1200; ms += 33)
         take({ms});
     miss(Reason::Kind::kTooFewSamples, 30);
-    EXPECT_THAT(advice(), ElementsAre(testing::AllOf(HasSubstr("at 30 Hz"), HasSubstr("at most 30"))));
+    EXPECT_THAT(advice(), ElementsAre(AllOf(HasSubstr("at 30 Hz"), HasSubstr("at most 30"))));
 }
 
 }  // namespace

@@ -100,12 +100,15 @@ class Accuracy(ToolTest):
         session = self.write("first.jsonl", self.beginning())
         bad = self.write("bad.csv", "time_ns,x,y\n1,2\n")
         broken = self.write("broken.jsonl", "{}\n")
+        unserved = self.write("unserved.jsonl", "".join(line for line in self.beginning().splitlines(keepends=True)
+                                                        if "RegisterAndStart" not in line))
         far = self.write("far.csv", "time_ns,x,y\n1,2,3\n2,3,4\n")
-        for status, message, arguments in [(1, "covers none of the", ["--truth", far, session]),
+        for status, message, arguments in [(1, "covers none of ", ["--truth", far, session]),
                                            (2, "must be a number", ["--stamp-delay", "nan", session]),
                                            (2, "bad.csv:2: expected 3 values", ["--truth", bad, session]),
                                            (2, "broken.jsonl:1: expected one of the keys", [broken]),
                                            (1, "no sensor 7", ["--sensor", "7", session]),
+                                           (1, "sensor 0 has no position; what lsc_replay finds in the session says why", [unserved]),
                                            (1, "missing.jsonl: No such file", ["missing.jsonl"])]:
             with self.subTest(message):
                 self.assertEqual(self.replay("accuracy", *arguments, status=status).count(message), 1)

@@ -65,6 +65,17 @@ class Page(ToolTest):
         for text in found["figures"] + found["advice"]:
             self.assertIn(text, summary)
 
+    def test_findings_have_the_figures_of_the_summary(self):
+        lines = HANDHELD.read_text().splitlines(keepends=True)
+        at = [i for i, line in enumerate(lines) if '"samples"' in line][200]
+        stamp = int(re.search(r"\[(\d+),[^[]*\]\]\}", lines[at])[1])
+        lines[at] = lines[at].replace(str(stamp), str(stamp + 10**11))
+        session = self.write("future.jsonl", "".join(lines))
+        found = self.look("return [text('#findings td:nth-child(3)')[0], data.summary.findings[0]]", session, "--summary", "s.json")
+        finding = json.loads((self.folder / "s.json").read_text())["findings"][0]
+        self.assertEqual((finding["code"], finding["stamp_ns"]), ("future-stamp", stamp + 10**11))
+        self.assertIn(f"stamp_ns {stamp + 10**11}, ", found[0])
+
     def test_filter(self):
         found = self.look("const rows = choose('outcome', /within/);"
                           "return {texts: [...rows].map(row => row.lastChild.textContent), shown: text('#shown'),"
@@ -127,9 +138,9 @@ class Page(ToolTest):
                           "for (const share of [0.01, 0.01]) {"
                           "  drag(document.querySelector('.x'), 0.5, 0.5 + share); look(); }"
                           "return seen", session)
-        self.assertEqual(found[0][1], [f"{i} min" for i in range(0, 61, 10)])
+        self.assertEqual(found[0][1], [f"{i} min" for i in range(0, 60, 10)] + [""])  # the last would stand beside its line
         for ((begin, end), labels), (unit, ms) in zip(found, [("min", 60_000), ("s", 1000), ("ms", 1)]):
-            times = [float(its.removesuffix(" " + unit).replace(",", "")) * ms for its in labels]
+            times = [float(its.removesuffix(" " + unit).replace(",", "")) * ms for its in labels if its]
             self.assertGreater(len(times), 3)
             self.assertTrue(begin <= times[0] and times[-1] <= end, (begin, times, end))
             for i, time in enumerate(times):
@@ -159,9 +170,12 @@ class Page(ToolTest):
         (self.folder / "<").mkdir()
         truth = self.write("<" + "/script>", HANDHELD.with_suffix(".truth.csv").read_text())
         printed = self.replay("accuracy", "--truth", "<" + "/script>", HANDHELD)
-        found = self.look("return {accuracy: text('#accuracy:not([hidden]) pre')[0], rows: text('#exposures tbody tr').length}",
-                          "accuracy", "--truth", "<" + "/script>", HANDHELD)
-        self.assertEqual(found, {"accuracy": printed, "rows": 691})
+        found = self.look("return {accuracy: text('#accuracy:not([hidden]) pre')[0], errors: data.sensors[0].exposures"
+                          "  .map(({cells}) => cells[12])}", "accuracy", "--truth", "<" + "/script>", HANDHELD)
+        self.assertEqual((found["accuracy"], len(found["errors"])), (printed, 691))
+        squares = [float(error)**2 for error in found["errors"] if error]
+        rms = f"{(sum(squares) / len(squares))**0.5:.3f}"
+        self.assertEqual(re.search(r"\nmean +(\d+) +(\S+)", printed).groups(), (str(len(squares)), rms))
         self.assertTrue(truth.exists())
 
     def test_two_sensors_and_one_with_nothing_to_draw(self):
@@ -208,6 +222,12 @@ class Page(ToolTest):
         self.assertTrue(any("one in 2 of “" in note for note in found["notes"]), found["notes"])
         self.assertEqual((found["chunk"], found["shown"], found["differing"]), (1000, ["1,000 of 1,501 shown"], 1))
         self.assertEqual(found["choices"][0], "all: 3,001")
+
+    def test_a_session_without_samples(self):
+        text = HANDHELD.read_text().splitlines(keepends=True)
+        session = self.write("silent.jsonl", "".join(line for line in text if '"samples"' not in line))
+        found = self.look("return [document.querySelectorAll('.graph.empty').length, text('.dygraph-axis-label-y').join('')]", session)
+        self.assertEqual(found, [2, ""])
 
     def test_a_session_without_exposures(self):
         session = self.write("none.jsonl", '{"call":"IsEnabled","sensor":0}\n')

@@ -64,6 +64,8 @@ class Reasons(ReportTest):
             (gap, ask(BEGIN + 150 * MS), "nearest sample 3252 us from exposure start, after it"),
             ([sensor(shutter=0), *MONITOR, *samples(150)], ask(BEGIN + 90 * MS),
              "span of one sample: rolling shutter 0 us"),
+            ([sensor(shutter=15_980), *MONITOR, *samples(150)], ask(BEGIN + 90 * MS),
+             "span of one sample: rolling shutter 15.98 us"),
             (full, ask(BEGIN, leave_out=[0xC0010017]), "timing missing in metadata: start of frame"),
             (full, ask(BEGIN, leave_out=[0xC0030000]), "timing missing in metadata: exposure block"),
             (full, ask(BEGIN + 90 * MS) + [call("fillLscOISCompInfo", metadata="m")], "already written"),
@@ -84,7 +86,7 @@ class Reasons(ReportTest):
         self.assertIn("nearest sample 2500 us", text)
         self.assertIn("1 exposure: raise the sample rate to 1 kHz: at 200 Hz, 60 % of all moments lie 1000 us or more"
                       " from every sample", text)
-        self.assertIn("30 hand-overs hold fewer than 100 samples: at most 60", self.report(
+        self.assertIn("raise the sample rate to 1 kHz: at 125 Hz, 30 hand-overs hold fewer than 100 samples, and at most 60", self.report(
             [sensor(), *MONITOR], *[samples(2, 8 * MS, BEGIN + 16 * MS * i) for i in range(40)], ask(BEGIN + 600 * MS)))
 
     def test_a_silent_session_has_no_figures(self):
@@ -128,6 +130,13 @@ class Figures(ReportTest):
         self.assertRegex(text, r"hand-overs +1 missing in the frame numbers, 1 of 61 samples repeated")
         self.assertRegex(text, r"clock difference \(us\) median 9000, least 9000, largest 1079999")
         self.assertRegex(text, r"frames \(ms\) +interval 20\.\d+, rolling shutter 10\.00, exposure 3\.00 to 3\.00")
+
+    def test_times_in_another_unit(self):
+        session = self.session([sensor(shutter=15_980), *MONITOR, *samples(150)] + ask(BEGIN + 90 * MS, exposure=20_000))
+        text = self.replay("--summary", "s.json", session)
+        self.assertRegex(text, r"rolling shutter 0\.01598, exposure 0\.02 to 0\.02\n")
+        its, = json.loads((self.folder / "s.json").read_text())["sensors"]
+        self.assertEqual((its["readout_us"]["median"], its["span"]), (15, {"count": 0}))
 
     def test_no_figure_of_stamps_that_are_no_clocks(self):
         cases = [([1, 2, 3], "unknown, longest step 0.000 ms, 0 gaps"),
@@ -209,7 +218,7 @@ class Trace(ReportTest):
 
     def test_compressed(self):
         self.assertEqual(self.events(name="trace.json.gz"), self.events())
-        self.assertIn("missing/trace.gz: No such file", self.replay("--trace", "missing/trace.gz", HANDHELD, status=1))
+        self.assertIn("missing/trace.gz: there is no folder missing", self.replay("--trace", "missing/trace.gz", HANDHELD, status=1))
 
     def test_more_than_waits_for_earlier_events(self):
         lines = [sensor(), *MONITOR, *samples(100)]
@@ -309,7 +318,7 @@ class Plot(ReportTest):
 
     def test_whole_session_by_default(self):
         text, blocks = self.script(HANDHELD)
-        self.assertIn("690 exposures, 7 without a position", text)
+        self.assertIn("690 exposures, 7 without a position, 1 asked for again", text)
         self.assertLess(len(blocks["samples"]), 4000)
         self.check_labels(text, [
             "fewer than 100 samples buffered: 49", "nearest sample 21484 us from exposure start, before it",
@@ -350,6 +359,12 @@ class Plot(ReportTest):
         self.assertAlmostEqual(float(x[0]), 49, delta=0.001)
         self.assertEqual(y, ("*", "*"))
 
+    def test_a_panel_without_samples_has_no_scale(self):
+        text, _ = self.script(self.session([sensor(), *MONITOR, *ask(BEGIN)]))
+        self.assertEqual(text.count("'no samples'"), 2)
+        self.assertIn("sensor 0: 1 exposure, 1 without a position'", text)
+        self.assertNotIn("no samples", self.script(HANDHELD)[0])
+
     def test_says_what_to_do(self):
         no_path = {**os.environ, "PATH": "/nonexistent"}
         text = self.replay("--plot", "p.png", HANDHELD, status=1, env=no_path)
@@ -362,6 +377,7 @@ class Plot(ReportTest):
         self.assertIn("less than --to", self.replay("--plot", "p.png", "--from", "2", "--to", "1", HANDHELD, status=2))
         self.assertIn("need --plot, --trace or --html", self.replay("--from", "1", HANDHELD, status=2))
         self.assertIn("no folder missing/folder", self.replay("--plot", "missing/folder/p.png", HANDHELD, status=1))
+        self.assertIn("no folder missing\n", self.replay("--csv", "missing/e.csv", HANDHELD, status=1))
 
     def test_nothing_to_draw_leaves_every_other_output_complete(self):
         silent = self.session([sensor(), call("IsEnabled")])

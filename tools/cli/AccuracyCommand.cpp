@@ -21,6 +21,7 @@
 #include "tools/cli/Files.h"
 #include "tools/play/Player.h"
 #include "tools/report/Accuracy.h"
+#include "tools/report/Causes.h"
 #include "tools/report/Page.h"
 #include "tools/report/SummaryJson.h"
 #include "tools/session/Csv.h"
@@ -65,6 +66,15 @@ LensPath readTruth(const std::string& path) {
     return LensPath(std::move(points));
 }
 
+LensPath samplesOf(const SensorRecording& sensor, const AccuracyArguments& arguments) {
+    return pathOf(sensor, std::llround(arguments.stampDelayUs * lsc::kNsPerUs));
+}
+
+// What the sensor's positions are compared with.
+LensPath pathFor(const SensorRecording& sensor, const AccuracyArguments& arguments) {
+    return arguments.truth.empty() ? samplesOf(sensor, arguments) : readTruth(arguments.truth);
+}
+
 // The sensor asked for; without one, that with the lowest id.
 std::int32_t sensorIn(const Recording& recording, const AccuracyArguments& arguments) {
     const auto& sensors = recording.sensors();
@@ -98,11 +108,10 @@ std::string playInMode(std::int32_t mode, const AccuracyArguments& arguments) {
 
     const std::int32_t sensor = sensorIn(recording, arguments);
     const SensorRecording& recorded = recording.sensors().at(sensor);
-    const LensPath samples = pathOf(recorded, std::llround(arguments.stampDelayUs * lsc::kNsPerUs));
-    const LensPath path = arguments.truth.empty() ? samples : readTruth(arguments.truth);
+    const LensPath path = pathFor(recorded, arguments);
     const std::vector<Served> served = servedOf(recorded);
     Findings found{sensor, served.size(), accuracyOf(served, path), accuracyByExposure(served, path), {}};
-    if (!arguments.truth.empty()) found.samples = accuracyOf(weighted(served, samples), path);
+    if (!arguments.truth.empty()) found.samples = accuracyOf(weighted(served, samplesOf(recorded, arguments)), path);
     return bytesOf(found) + othersIn(recording, sensor);
 }
 
@@ -135,7 +144,7 @@ std::string delayText(const AccuracyArguments& arguments) {
 }
 
 void printTable(std::ostream& out, const std::vector<Findings>& modes, const AccuracyArguments& arguments) {
-    out << fmt::format("sensor {}: {} positions, compared with {}{}\n\n", modes[0].sensor, modes[0].served,
+    out << fmt::format("sensor {}: {}, compared with {}{}\n\n", modes[0].sensor, counted(modes[0].served, "position"),
                        pathName(arguments), delayText(arguments))
         << fmt::format("{:<19}  {:<23}  {:<23}  {:<23}{:>9}{:>10}\n", "", "rms", "95 %", "worst", "lag", "rms")
         << fmt::format("{:<9}{:>10}", "mode", "positions")
@@ -186,7 +195,9 @@ void writeFiles(std::ostream& page, std::ostream& summary, const AccuracyArgumen
     record(arguments.session, {&comparison, &statistics, &recording}, std::nullopt);
     recording.finish();
     if (!arguments.html.empty()) {
-        writePage(page, {fileName(arguments.session), statistics, comparison, recording, {}, tables});
+        const std::int32_t sensor = modes[0].sensor;
+        const PageAccuracy accuracy{tables, sensor, pathFor(recording.sensors().at(sensor), arguments)};
+        writePage(page, {fileName(arguments.session), statistics, comparison, recording, {}, accuracy});
         finish(page, arguments.html);
     }
     if (!arguments.summary.empty()) {
@@ -213,12 +224,15 @@ void showAccuracy(const AccuracyArguments& arguments) {
         std::cerr << fmt::format("lsc_replay: only sensor {} is judged; others with positions: {} (--sensor ID)\n",
                                  modes[0].sensor, others);
     }
-    if (modes[0].served == 0) throw StreamError(fmt::format("no accuracy: sensor {} has no position", modes[0].sensor));
+    if (modes[0].served == 0) {
+        throw StreamError(fmt::format(
+            "no accuracy: sensor {} has no position; what lsc_replay finds in the session says why", modes[0].sensor));
+    }
     if (modes[0].all.exposures == 0) {
         throw StreamError(
-            fmt::format("no accuracy: {} covers none of the {} exposures; times are in ns, on the clock of "
+            fmt::format("no accuracy: {} covers none of {}; times are in ns, on the clock of "
                         "the frames",
-                        pathName(arguments), modes[0].served));
+                        pathName(arguments), counted(modes[0].served, "exposure")));
     }
     std::ostringstream tables;
     printTable(tables, modes, arguments);

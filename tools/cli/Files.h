@@ -34,11 +34,20 @@ inline void refuseSession(const std::string& path, const std::string& session) {
     }
 }
 
+// Throws StreamError when the folder of a file to write is missing.
+inline void checkFolder(const std::string& path) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code ignored;
+    if (folder.empty() || std::filesystem::is_directory(folder, ignored)) return;
+    throw StreamError(path + ": there is no folder " + folder.string());
+}
+
 // A file to write, or a closed one without a path. Throws StreamError when it cannot be opened or is the session.
 inline std::ofstream openOutput(const std::string& path, const std::string& session) {
     if (path.empty()) return {};
     if (path == "-") throw std::invalid_argument("only --results can go to standard output");
     refuseSession(path, session);
+    checkFolder(path);
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     if (!file) failOpening(path);
     return file;

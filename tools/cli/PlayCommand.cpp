@@ -51,18 +51,11 @@ std::uint64_t sizeOf(const std::string& path) {
     return unknown ? 0 : size;
 }
 
-// The folder, because gnuplot opens the picture only after the session was played.
-void checkFolder(const std::string& path) {
-    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
-    std::error_code ignored;
-    if (folder.empty() || std::filesystem::is_directory(folder, ignored)) return;
-    throw StreamError(path + ": there is no folder " + folder.string());
-}
-
 std::unique_ptr<std::ostream> openTrace(const PlayArguments& arguments) {
     if (!arguments.trace.ends_with(".gz"))
         return std::make_unique<std::ofstream>(openOutput(arguments.trace, arguments.session));
     refuseSession(arguments.trace, arguments.session);
+    checkFolder(arguments.trace);
     auto file = std::make_unique<GzipFile>(arguments.trace);
     if (!*file) failOpening(arguments.trace);
     return file;
@@ -144,7 +137,7 @@ struct Outputs {
           html(openOutput(arguments.html, arguments.session)) {
         if (arguments.plot.empty()) return;
         refuseSession(arguments.plot, arguments.session);
-        checkFolder(arguments.plot);
+        checkFolder(arguments.plot);  // gnuplot opens the picture only after the session was played
     }
 
     std::unique_ptr<std::ostream> trace;

@@ -90,7 +90,8 @@ Reason Diagnosis::whyNothing(std::int32_t sensor, const lsc::ExposureTimes& time
     if (const auto noMonitor = whyNoMonitor(sensor)) return *noMonitor;
     if (times.sofNs == 0) return plainReason(Kind::kNoStartOfFrame);
     lsc::Samples samples = samplesAround(sensor, times.sofNs);
-    return samples.empty() ? whyNoSamples(sensor, times) : whyNoMatch(searchFor(times, std::move(samples)));
+    return samples.empty() ? whyNoSamples(sensor, times)
+                           : whyNoMatch(searchFor(times, std::move(samples)), readoutNs(sensor));
 }
 
 lsc::Samples Diagnosis::samplesAround(std::int32_t sensor, std::uint64_t timestampNs) {
@@ -118,7 +119,7 @@ Reason Diagnosis::whyNoSamples(std::int32_t sensor, const lsc::ExposureTimes& ti
     return detailedReason(Kind::kNoLaterSample, fmt::format("the newest is {} us before it", late), late);
 }
 
-Reason Diagnosis::whyNoMatch(const Search& search) const {
+Reason Diagnosis::whyNoMatch(const Search& search, std::uint64_t shutterNs) const {
     if (!search.span.startFound) {
         if (const auto nearest = nearestUs(search.active, search.times.startUs)) return tooFarReason(*nearest);
     }
@@ -126,7 +127,8 @@ Reason Diagnosis::whyNoMatch(const Search& search) const {
     if (!lsc::isReduction(mode)) {
         return {Kind::kCalculationMode, fmt::format("calculation mode {} computes nothing", mode)};
     }
-    return detailedReason(Kind::kOneSample, fmt::format("rolling shutter {} us", search.times.shutterUs),
+    const double readoutUs = static_cast<double>(shutterNs) / lsc::kNsPerUs;  // a short one
+    return detailedReason(Kind::kOneSample, fmt::format("rolling shutter {:.10g} us", readoutUs),
                           search.times.shutterUs);
 }
 

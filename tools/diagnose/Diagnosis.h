@@ -49,7 +49,7 @@ private:
     lsc::Samples samplesAround(std::int32_t sensor, std::uint64_t timestampNs);
     Search searchFor(const lsc::ExposureTimes& times, lsc::Samples samples) const;
     Reason whyNoSamples(std::int32_t sensor, const lsc::ExposureTimes& times);
-    Reason whyNoMatch(const Search& search) const;
+    Reason whyNoMatch(const Search& search, std::uint64_t shutterNs) const;
 
     const ClosedLogGates mClosed;
     TarvoShadingCustomUtil& mLibrary;

@@ -12,12 +12,8 @@ namespace {
 using Kind = Reason::Kind;
 using Fate = lsc::SampleQueue::Fate;
 
-// Fewer of a kind are too few to judge by.
-constexpr std::uint64_t kEnough = 10;
 constexpr double kUsPerSecond = 1e6;
 constexpr double kUnitFactor = 1000.0;
-// Two samples this far apart leave exposure starts between them that neither matches.
-constexpr std::uint64_t kLongestPeriodUs = 2 * lsc::kMatchWindowUs;
 
 using MaybeCause = std::optional<Cause>;
 
@@ -43,10 +39,25 @@ MaybeCause futureStamp(const SensorStatistics& sensor) {
 // The drift, when it is neither chance nor too small to matter.
 std::optional<Clock::Drift> realDrift(const SensorStatistics& sensor) {
     constexpr double kLeastPpm = 20.0;
-    const auto drift = sensor.clock.drift();
+    const auto drift = sensor.drift();
     const double chanceUs = 2 * medianUs(sensor.periodUs);  // the newest sample is up to a period old
     const bool real = drift && drift->steady && std::abs(drift->ppm) >= kLeastPpm && chanceUs > 0;
     return real && std::abs(drift->totalUs) > chanceUs ? drift : std::nullopt;
+}
+
+// What samples ahead of their frames bring about: those of an exposure may have left the buffer when it is asked for.
+std::vector<Kind> lackingAhead(const SensorStatistics& sensor) {
+    constexpr std::uint64_t kFrames = lsc::kMaxBufferedFrames / 2;  // no frame is asked for that late
+    const double farUs = number(kFrames) * medianUs(sensor.frameUs);
+    if (static_cast<double>(sensor.clock.quantileUs(1)) <= farUs) return {};  // as in number()
+    return {Kind::kNoNearSample};
+}
+
+std::vector<Kind> lackingBehind(const SensorStatistics& sensor) {
+    // Samples at 0 or before it are never found, however many there are.
+    const bool neverFound = sensor.without(Kind::kTooFewSamples).largest >= lsc::kWindowSize;
+    if (neverFound) return {Kind::kTooFewSamples, Kind::kNoLaterSample, Kind::kNoNearSample};
+    return {Kind::kNoLaterSample, Kind::kNoNearSample};
 }
 
 MaybeCause clockOffset(const SensorStatistics& sensor) {
@@ -64,7 +75,7 @@ MaybeCause clockOffset(const SensorStatistics& sensor) {
                  fmt::format("use one clock for samples and frames: in the median, the newest sample of a hand-over is "
                              "{:.3f} ms {} the time stamp of its frame",
                              std::abs(offsetUs) / 1000, behind ? "before" : "after"),
-                 {Kind::kNoLaterSample, Kind::kNoNearSample});
+                 behind ? lackingBehind(sensor) : lackingAhead(sensor));
 }
 
 MaybeCause clockDrift(const SensorStatistics& sensor) {
@@ -75,7 +86,18 @@ MaybeCause clockDrift(const SensorStatistics& sensor) {
         fmt::format("use one clock for samples and frames: that of the samples is {} by {:.0f} ppm, {:.3f} ms over "
                     "the session",
                     drift->ppm > 0 ? "fast" : "slow", std::abs(drift->ppm), std::abs(drift->totalUs) / 1000),
-        {Kind::kNoLaterSample, Kind::kNoNearSample});
+        drift->ppm > 0 ? lackingAhead(sensor) : std::vector{Kind::kNoLaterSample});
+}
+
+MaybeCause clockStep(const SensorStatistics& sensor) {
+    const std::uint64_t count = sensor.clockSteps();
+    if (count == 0) return std::nullopt;
+    const std::uint64_t period = sensor.periodUs.quantile(0.5);
+    const std::uint64_t longest = std::max(sensor.clockStepUs.max(), sensor.leap ? sensor.leap->us : 0) - period;
+    return cause("sample-clock-step", {{"steps", number(count)}, {"largest_us", number(longest)}},
+                 fmt::format("use one clock for samples and frames: that of the samples was set ahead {} {}",
+                             count == 1 ? "by" : fmt::format("{} times, by up to", count), stepText(longest)),
+                 {Kind::kNoNearSample}, Place::kClockStep);
 }
 
 // A rolling shutter that does not fit the frame interval: the factor by which it seems wrong, 1 for an unknown one, and
@@ -104,6 +126,7 @@ std::optional<Misfit> misfit(double shutterUs, double frameUs) {
 }
 
 MaybeCause rollingShutter(const SensorStatistics& sensor) {
+    if (!sensor.haveFrameTimes()) return std::nullopt;
     for (const auto& [shutterNs, frames] : sensor.frameUsByShutter) {
         if (frames.count() < kEnough) continue;
         const double shutterUs = number(shutterNs) / lsc::kNsPerUs;
@@ -112,32 +135,15 @@ MaybeCause rollingShutter(const SensorStatistics& sensor) {
         if (!wrong) continue;
         return cause("rolling-shutter",
                      {{"rolling_shutter_us", shutterUs}, {"frame_interval_us", frameUs}, {"factor", wrong->factor}},
-                     fmt::format("the rolling shutter of {:.3f} ms is {} a frame interval of {:.3f} ms: {}",
-                                 shutterUs / 1000, wrong->relation, frameUs / 1000, wrong->advice),
-                     {Kind::kOneSample, Kind::kNoNearSample});
+                     fmt::format("the rolling shutter of {} ms is {} a frame interval of {:.3f} ms: {}",
+                                 shortMs(shutterUs, 3), wrong->relation, frameUs / 1000, wrong->advice),
+                     {Kind::kOneSample});
     }
     return std::nullopt;
 }
 
-bool isJittery(const SensorStatistics& sensor) {
-    const auto& periods = sensor.periodUs;
-    return periods.count() >= 10 * kEnough && number(periods.quantile(0.95)) > 1.5 * medianUs(periods);
-}
-
-// Longer periods are gaps rather than jitter, and an exposure may start in them that no sample matches.
-std::uint64_t longestStepUs(const SensorStatistics& sensor) {
-    return std::max(kLongestPeriodUs, 2 * sensor.periodUs.quantile(isJittery(sensor) ? 0.95 : 0.5));
-}
-
 std::uint64_t gapsOverMissing(const SensorStatistics& sensor) {
-    return sensor.missedPeriodUs.countAbove(longestStepUs(sensor));
-}
-
-// A gap makes the newest sample no later than it is long.
-std::vector<Kind> lackingIn(const Histogram& periods, const SensorStatistics& sensor) {
-    std::vector<Kind> kinds = {Kind::kNoNearSample};
-    if (periods.max() >= sensor.without(Kind::kNoLaterSample).largest) kinds.push_back(Kind::kNoLaterSample);
-    return kinds;
+    return sensor.missedPeriodUs.countAbove(sensor.longestStepUs());
 }
 
 MaybeCause missingHandOvers(const SensorStatistics& sensor) {
@@ -149,25 +155,26 @@ MaybeCause missingHandOvers(const SensorStatistics& sensor) {
                  fmt::format("call UpdateSensorData for every frame: {} no hand-over{}",
                              missing == 1 ? "1 frame number has" : fmt::format("{} frame numbers have", missing),
                              lost ? ", and their samples are lost" : ""),
-                 lost ? lackingIn(sensor.missedPeriodUs, sensor) : std::vector<Kind>());
+                 {}, Place::kMissingHandOver);
 }
 
 // Whether as many samples as the buffer holds at this rate are fewer than a query needs.
 bool fillsTooSlowly(const SensorStatistics& sensor) {
-    return sensor.without(Kind::kTooFewSamples).count > 0 && sensor.filed() >= lsc::kMaxBufferedFrames &&
+    return sensor.periodUs.count() > 0 && sensor.without(Kind::kTooFewSamples).count > 0 &&
+           sensor.filed() >= lsc::kMaxBufferedFrames &&
            (sensor.periodUs.count() + 1) * lsc::kMaxBufferedFrames < lsc::kWindowSize * sensor.filed();
 }
 
 std::string tooSlow(const SensorStatistics& sensor) {
-    return fmt::format("at {}, {} hand-overs hold fewer than {} samples: at most {} were buffered", rateText(sensor),
-                       lsc::kMaxBufferedFrames, lsc::kWindowSize, sensor.without(Kind::kTooFewSamples).largest);
+    return fmt::format("at {}, {} hand-overs hold fewer than {} samples, and at most {} were buffered",
+                       rateText(sensor), lsc::kMaxBufferedFrames, lsc::kWindowSize,
+                       sensor.without(Kind::kTooFewSamples).largest);
 }
 
 std::string farApart(const SensorStatistics& sensor) {
     const double percent = 100.0 * (1.0 - number(kLongestPeriodUs) / medianUs(sensor.periodUs));
-    return fmt::format("raise the sample rate to 1 kHz: at {}, {} moments lie {} us or more from every sample",
-                       rateText(sensor), percent < 1.0 ? "some" : fmt::format("{:.0f} % of all", percent),
-                       lsc::kMatchWindowUs);
+    return fmt::format("at {}, {} moments lie {} us or more from every sample", rateText(sensor),
+                       percent < 1.0 ? "some" : fmt::format("{:.0f} % of all", percent), lsc::kMatchWindowUs);
 }
 
 MaybeCause lowRate(const SensorStatistics& sensor) {
@@ -179,24 +186,54 @@ MaybeCause lowRate(const SensorStatistics& sensor) {
     std::vector<Kind> explains;
     if (slow) explains.push_back(Kind::kTooFewSamples);
     if (low) explains.push_back(Kind::kNoNearSample);
-    return cause(low ? "low-rate" : "too-few-samples",
-                 {{"rate_hz", rateHz(sensor)}, {"buffered", number(sensor.without(Kind::kTooFewSamples).largest)}},
-                 slow ? tooSlow(sensor) : farApart(sensor), std::move(explains));
+    return cause(
+        low ? "low-rate" : "too-few-samples",
+        {{"rate_hz", rateHz(sensor)}, {"buffered", number(sensor.without(Kind::kTooFewSamples).largest)}},
+        fmt::format("{}: {}", low ? "raise the sample rate to 1 kHz" : "raise the sample rate, or hand over less often",
+                    slow ? tooSlow(sensor) : farApart(sensor)),
+        std::move(explains));
+}
+
+// Hand-overs without a sample before the first one or after the last one, if exposures lack samples for it and more
+// than the start of the sensor or its rate is behind it.
+std::uint64_t silentFirst(const SensorStatistics& sensor) {
+    const std::uint64_t count = sensor.places.emptyFirst();
+    return count >= kEnough && sensor.places.count(Place::kSilence) > 0 ? count : 0;
+}
+
+std::uint64_t silentLast(const SensorStatistics& sensor) {
+    const std::uint64_t count = sensor.places.emptyLast();
+    const bool isLong = count * sensor.frameUs.quantile(0.5) > sensor.longestStepUs();
+    return isLong && sensor.places.count(Place::kSilence) > 0 ? count : 0;
 }
 
 MaybeCause gaps(const SensorStatistics& sensor) {
-    const std::uint64_t all = sensor.periodUs.countAbove(longestStepUs(sensor));
-    const std::uint64_t count = all - gapsOverMissing(sensor);
-    if (count == 0) return std::nullopt;
-    const std::uint64_t longest = sensor.periodUs.max();
-    return cause("sample-gaps", {{"gaps", number(count)}, {"longest_ms", number(longest) / 1000}},
-                 fmt::format("find out what stops the hall sensor or its driver: the samples have {} {}",
-                             count == 1 ? "a gap of" : fmt::format("{} gaps of up to", count), stepText(longest)),
-                 lackingIn(sensor.periodUs, sensor));
+    const std::uint64_t count = sensor.silentPeriodUs.countAbove(sensor.longestStepUs());
+    const std::uint64_t longest = sensor.silentPeriodUs.max();
+    std::vector<std::pair<std::string, double>> numbers;
+    std::string seen;
+    const auto add = [&](std::string_view name, std::uint64_t value, const std::string& text) {
+        if (value == 0) return;
+        numbers.emplace_back(name, number(value));
+        seen += (seen.empty() ? "" : ", ") + text;
+    };
+    add("gaps", count,
+        fmt::format("the samples have {} {}", count == 1 ? "a gap of" : fmt::format("{} gaps of up to", count),
+                    stepText(longest)));
+    if (count > 0) numbers.emplace_back("longest_ms", number(longest) / 1000);
+    const std::uint64_t first = silentFirst(sensor);
+    const std::uint64_t last = silentLast(sensor);
+    add("empty_first", first,
+        sensor.samples == 0 ? "no hand-over had a sample"
+                            : fmt::format("the first {} hand-overs had no sample", first));
+    add("empty_last", last, fmt::format("the last {} had no sample", counted(last, "hand-over")));
+    if (numbers.empty()) return std::nullopt;
+    return cause("sample-gaps", std::move(numbers), "find out what stops the hall sensor or its driver: " + seen, {},
+                 Place::kSilence);
 }
 
 MaybeCause jitter(const SensorStatistics& sensor) {
-    if (!isJittery(sensor)) return std::nullopt;
+    if (!sensor.isJittery()) return std::nullopt;
     const double median = medianUs(sensor.periodUs);
     const double late = number(sensor.periodUs.quantile(0.95));
     std::vector<Kind> explains;
@@ -220,7 +257,6 @@ MaybeCause shortSpans(const SensorStatistics& sensor) {
                  {});
 }
 
-// Named beside the cause of missing samples: it tells of positions, the others of exposures without one.
 MaybeCause longSpans(const SensorStatistics& sensor) {
     if (sensor.longSpans == 0) return std::nullopt;
     const std::uint64_t used = sensor.spanSamples.max();
@@ -239,14 +275,14 @@ MaybeCause discarded(const SensorStatistics& sensor) {
     return cause("discarded-batches", {{"discarded", number(count)}},
                  "hand over each batch after those that begin before it: " + counted(count, "batch", "es") +
                      (count == 1 ? " was" : " were") + " discarded",
-                 {Kind::kNoNearSample});
+                 {Kind::kNoNearSample}, Place::kDiscardedBatch);
 }
 
 }  // namespace
 
 Cause cause(std::string code, std::vector<std::pair<std::string, double>> numbers, std::string advice,
-            std::vector<Reason::Kind> explains) {
-    return {{std::move(code), 0, std::move(numbers), std::move(advice)}, std::move(explains)};
+            std::vector<Reason::Kind> explains, Place place) {
+    return {{std::move(code), 0, std::move(numbers), std::move(advice)}, std::move(explains), place};
 }
 
 std::string counted(std::uint64_t count, std::string_view what, std::string_view ending) {
@@ -260,17 +296,19 @@ std::vector<Cause> causesIn(const SensorStatistics& sensor) {
         return found.has_value();
     };
     const bool stuck = add(futureStamp(sensor));
-    add(clockOffset(sensor));
+    const bool stepped = !stuck && add(clockStep(sensor));
+    if (!stepped) add(clockOffset(sensor));
     add(clockDrift(sensor));
     const bool misfits = add(rollingShutter(sensor));
-    add(lowRate(sensor));
-    add(jitter(sensor));
-    add(missingHandOvers(sensor));
+    const bool sparse = add(lowRate(sensor));
+    const bool uneven = add(jitter(sensor));
+    const bool missed = add(missingHandOvers(sensor));
     if (stuck) return causes;  // the samples that were discarded are missing everywhere below
-    add(gaps(sensor));
+    const bool silent = add(gaps(sensor));
     if (!misfits) add(shortSpans(sensor));
-    add(discarded(sensor));
-    if (!misfits) add(longSpans(sensor));
+    const bool disordered = add(discarded(sensor));
+    // Each of these is why some spans have no sample near their end.
+    if (!stepped && !misfits && !sparse && !uneven && !missed && !silent && !disordered) add(longSpans(sensor));
     return causes;
 }
 
@@ -283,6 +321,11 @@ std::string rateText(const SensorStatistics& sensor) {
 std::string stepText(std::uint64_t us) {
     constexpr std::uint64_t kDay = 86'400'000'000;
     return us > kDay ? "more than a day" : fmt::format("{:.3f} ms", number(us) / 1000);
+}
+
+std::string shortMs(double us, int decimals) {
+    constexpr double kShortUs = 100;
+    return us < kShortUs ? fmt::format("{:.4g}", us / 1000) : fmt::format("{:.{}f}", us / 1000, decimals);
 }
 
 double rateHz(const SensorStatistics& sensor) {

@@ -12,6 +12,12 @@ namespace {
 
 using Kind = Reason::Kind;
 
+std::string lateAdvice(std::uint64_t largestUs) {
+    const std::string advice = "hand the samples over (UpdateSensorData) before the frame is asked for";
+    if (largestUs == 0) return advice;  // there were none at all
+    return fmt::format("{}: the samples ended up to {} us before its start", advice, largestUs);
+}
+
 // What helps against a reason that no cause explains, with its code; empty for a reason that needs no help.
 std::pair<std::string, std::string> symptom(const SensorStatistics& sensor, Kind kind) {
     switch (kind) {
@@ -34,10 +40,7 @@ std::pair<std::string, std::string> symptom(const SensorStatistics& sensor, Kind
                                                    "the first frame is asked for",
                                                    lsc::kWindowSize)};
         case Kind::kNoLaterSample:
-            return {"late-hand-overs", fmt::format("hand the samples over (UpdateSensorData) before the frame is "
-                                                   "asked for: the samples ended up to {} us before its "
-                                                   "start",
-                                                   sensor.without(kind).largest)};
+            return {"late-hand-overs", lateAdvice(sensor.without(kind).largest)};
         case Kind::kNoNearSample:
             if (lsc::kWindowBefore * sensor.periodUs.quantile(0.5) < sensor.exposureUs.quantile(0.5)) {
                 return {"high-rate", fmt::format("deliver samples less often: the library searches {} from before "
@@ -65,24 +68,39 @@ std::pair<std::string, std::string> symptom(const SensorStatistics& sensor, Kind
     return {};
 }
 
-// Counts the exposures without a position to the first cause that explains it, or to a symptom of their own.
-void attribute(std::vector<Cause>& causes, const SensorStatistics& sensor, Kind kind) {
-    const double count = number(sensor.without(kind).count);
-    if (count == 0) return;
-    auto found = std::ranges::find_if(
+// The cause that explains exposures at places of a kind: one of those places, before one of the whole session.
+std::vector<Cause>::iterator causeOf(std::vector<Cause>& causes, Kind kind, Place place) {
+    const auto local = std::ranges::find(causes, place, &Cause::place);
+    if (place != Place::kAnywhere && local != causes.end()) return local;
+    return std::ranges::find_if(
         causes, [kind](const Cause& its) { return std::ranges::find(its.explains, kind) != its.explains.end(); });
-    if (found == causes.end()) {
-        auto [code, advice] = symptom(sensor, kind);
-        if (code.empty()) return;
-        found = std::ranges::find(causes, code, [](const Cause& its) { return its.finding.code; });
-        if (found == causes.end()) {
-            causes.push_back(cause(std::move(code), {}, std::move(advice), {}));
-            found = causes.end() - 1;
-            if (const std::uint64_t largest = sensor.without(kind).largest) {
-                found->finding.numbers.emplace_back("largest", number(largest));
-            }
-        }
+}
+
+// The symptom, listed once; the end for a reason that needs no help.
+std::vector<Cause>::iterator symptomOf(std::vector<Cause>& causes, const SensorStatistics& sensor, Kind kind) {
+    auto [code, advice] = symptom(sensor, kind);
+    if (code.empty()) return causes.end();
+    const auto found = std::ranges::find(causes, code, [](const Cause& its) { return its.finding.code; });
+    if (found != causes.end()) return found;
+    causes.push_back(cause(std::move(code), {}, std::move(advice), {}));
+    if (const std::uint64_t largest = sensor.without(kind).largest) {
+        causes.back().finding.numbers.emplace_back("largest", number(largest));
     }
+    return causes.end() - 1;
+}
+
+// Counts exposures without a position to the cause that explains them, or to a symptom of their own.
+void attribute(std::vector<Cause>& causes, const SensorStatistics& sensor, Kind kind, Place place) {
+    const double count = number(sensor.places.count(place, kind));
+    if (count == 0) return;
+    if (place == Place::kClockStep && sensor.clockSteps() == 0) place = Place::kSilence;
+    const bool late = place == Place::kLateHandOver;
+    if (late) kind = Kind::kNoLaterSample;
+    // A hand-over in time would have helped, unless its samples are those of an earlier time.
+    const bool helped = late && sensor.clock.quantileUs(0.5) >= 0;
+    auto found = helped ? causes.end() : causeOf(causes, kind, place);
+    if (found == causes.end()) found = symptomOf(causes, sensor, kind);
+    if (found == causes.end()) return;
     auto& numbers = found->finding.numbers;
     if (numbers.empty() || numbers.front().first != "exposures") numbers.insert(numbers.begin(), {"exposures", 0.0});
     numbers.front().second += count;
@@ -92,8 +110,10 @@ void attribute(std::vector<Cause>& causes, const SensorStatistics& sensor, Kind 
 
 std::vector<Finding> findings(std::int32_t id, const SensorStatistics& sensor) {
     std::vector<Cause> causes = causesIn(sensor);
-    for (std::size_t i = 0; i < kReasonKinds; ++i)
-        attribute(causes, sensor, reasonKind(i));
+    for (std::size_t i = 0; i < kReasonKinds; ++i) {
+        for (const Place place : kPlaces)
+            attribute(causes, sensor, reasonKind(i), place);
+    }
     std::vector<Finding> all;
     for (Cause& its : causes) {
         its.finding.sensor = id;

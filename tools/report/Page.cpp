@@ -94,7 +94,9 @@ public:
     explicit Writer(const Page& page) : mPage(page), mExtent(page.recording.extent()) {}
 
     std::string text() {
-        mJson.beginObject().member("session", mPage.name).member("accuracy", mPage.accuracy);
+        mJson.beginObject()
+            .member("session", mPage.name)
+            .member("accuracy", mPage.accuracy ? mPage.accuracy->tables : "");
         if (mPage.limits.fromMs) mJson.member("from", *mPage.limits.fromMs);
         if (mPage.limits.toMs) mJson.member("to", *mPage.limits.toMs);
         std::ostringstream summary;
@@ -136,7 +138,8 @@ private:
         }
         const Listing listing(sensor, mExtent, mPage.limits);
         addCounts(listing);
-        const LensPath path = pathOf(sensor, 0);
+        const bool judged = mPage.accuracy && mPage.accuracy->sensor == id;
+        const LensPath path = judged ? mPage.accuracy->path : pathOf(sensor, 0);
         mJson.key("exposures").beginList();
         for (const RecordedExposure* const exposure : listing.listed())
             addExposure(*exposure, path);

@@ -96,10 +96,13 @@ void Picture::findBands() {
     std::vector<double> ends;  // of the last band in each lane
     for (const RecordedExposure& exposure : mSensor.exposures) {
         const auto times = timesOf(exposure.outcome);
-        // Of an exposure that was asked for again, the first time counts.
-        if (!times || (exposure.outcome.reason && !exposure.isUnserved())) continue;
+        if (!times) continue;
         Band band{&exposure, ms(times->exposed), ms(times->read), ms(times->finished), 0};
         if (!(band.finished >= mFrom && band.exposed <= mTo)) continue;
+        if (exposure.outcome.reason && !exposure.isUnserved()) {
+            ++mAskedAgain;
+            continue;
+        }
         auto lane = std::ranges::find_if(ends, [&](double end) { return end <= band.exposed; });
         if (lane == ends.end() && ends.size() < kMaxLanes) lane = ends.insert(lane, 0);
         if (lane == ends.end()) lane = std::ranges::min_element(ends);

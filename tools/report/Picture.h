@@ -43,6 +43,8 @@ public:
     std::size_t exposures() const { return mBands.size(); }
     std::size_t count(std::size_t group) const;
     std::size_t unserved() const { return exposures() - count(0); }
+    // Exposures that had a position already. They count for nothing else: the first time was drawn.
+    std::size_t askedAgain() const { return mAskedAgain; }
     // The least and the largest rolling shutter, exposure and span, in words.
     std::string ranges() const;
 
@@ -113,6 +115,7 @@ private:
     double mTo = 0;
     int mLanes = 1;
     std::vector<Band> mBands;  // of exposures that touch the picture
+    std::size_t mAskedAgain = 0;
 };
 
 }  // namespace replay

@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "tools/report/Causes.h"
 #include "tools/report/Gnuplot.h"
 #include "tools/report/Picture.h"
 #include "tools/report/Strip.h"
@@ -106,6 +107,11 @@ struct HallRows {
     const std::string samples, spans, positions, device, differences;
 };
 
+// In a panel that has no scale.
+constexpr const char* kNoSamples = R"(unset ytics
+set label 'no samples' at graph 0.5,0.5 center font ',14' textcolor rgb '#555555'
+)";
+
 // Not so close to a lens at rest that the rounding of its samples fills the panel.
 std::string yRange(const Picture& picture, double Point::*axis) {
     constexpr double kLeastHeightUm = 2;
@@ -139,8 +145,9 @@ std::string axisPanel(const HallRows& rows, const Picture& picture, double Point
                     "$differences using 1:{1} with points pt 6 ps 1.8 lw 2 lc rgb '#d0006f' "
                     "title 'device differs: {2}'",
                     column, column + 2, picture.countDifferences()));
-    return fmt::format("set yrange {}\nset ylabel 'hall {} (ois{}, as delivered)'\n", yRange(picture, axis),
-                       column == 2 ? 'x' : 'y', column == 2 ? 'X' : 'Y') +
+    const bool empty = !picture.extremes(axis);
+    return fmt::format("set yrange {}\nset ylabel 'hall {} (ois{}, as delivered)'\n{}", yRange(picture, axis),
+                       column == 2 ? 'x' : 'y', column == 2 ? 'X' : 'Y', empty ? kNoSamples : "") +
            elements.text();
 }
 
@@ -217,8 +224,10 @@ std::string framePanel(const Picture& picture) {
 }
 
 std::string heading(const Picture& picture, std::int32_t sensor, const PlotOptions& options) {
-    const std::string text = fmt::format("{}, sensor {}: {} exposures, {} without a position", options.title, sensor,
-                                         picture.exposures(), picture.unserved());
+    const std::string again =
+        picture.askedAgain() == 0 ? "" : fmt::format(", {} asked for again", picture.askedAgain());
+    const std::string text = fmt::format("{}, sensor {}: {}, {} without a position{}", options.title, sensor,
+                                         counted(picture.exposures(), "exposure"), picture.unserved(), again);
     return fmt::format("set label {} at screen 0.065,0.982 noenhanced font ',14'\n", singleQuoted(text)) +
            fmt::format("set label {} at screen 0.065,0.957 noenhanced tc rgb '#555555'\n",
                        singleQuoted(picture.ranges()));

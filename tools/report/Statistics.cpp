@@ -23,6 +23,14 @@ std::uint64_t roundedUs(std::uint64_t ns) {
 
 }  // namespace
 
+bool SensorStatistics::isJittery() const {
+    return periodUs.count() >= 10 * kEnough && 2 * periodUs.quantile(0.95) > 3 * periodUs.quantile(0.5);
+}
+
+std::uint64_t SensorStatistics::longestStepUs() const {
+    return std::max(kLongestPeriodUs, 2 * periodUs.quantile(isJittery() ? 0.95 : 0.5));
+}
+
 // While no monitor runs, samples are not expected.
 void Statistics::monitorStarted(std::int32_t sensor) {
     const auto known = mSensors.find(sensor);
@@ -30,6 +38,8 @@ void Statistics::monitorStarted(std::int32_t sensor) {
     known->second.newestNs.reset();
     known->second.frame.reset();
     known->second.stuck.reset();
+    if (const auto leap = std::exchange(known->second.leap, {})) known->second.clockStepUs.add(leap->us);
+    known->second.places.monitorStarted();
 }
 
 void Statistics::handedOver(const HandOver& handOver) {
@@ -39,7 +49,9 @@ void Statistics::handedOver(const HandOver& handOver) {
     const std::uint64_t missing = sensor.missingHandOvers();
     noteFrame(sensor, handOver);
     noteFate(sensor, handOver);
-    noteSamples(sensor, handOver, sensor.missingHandOvers() > missing);
+    const bool afterMissing = sensor.missingHandOvers() > missing;
+    noteSamples(sensor, handOver, afterMissing);
+    sensor.places.handedOver(sensor, handOver, afterMissing);
 }
 
 void Statistics::noteFrame(SensorStatistics& sensor, const HandOver& handOver) {
@@ -87,21 +99,54 @@ void Statistics::noteFate(SensorStatistics& sensor, const HandOver& handOver) {
 }
 
 void Statistics::noteSamples(SensorStatistics& sensor, const HandOver& handOver, bool afterMissing) {
+    if (handOver.samples.empty()) return;
+    // Unsigned: the difference wraps to the signed one.
+    const auto newest = static_cast<std::uint64_t>(handOver.samples.back().timestamp);
+    const auto differenceUs = static_cast<std::int64_t>(newest - handOver.timestampNs) / std::int64_t{lsc::kNsPerUs};
+    settleLeap(sensor, differenceUs, handOver.timestampNs);
     for (const auto& sample : handOver.samples) {
         if (sensor.newestNs && sample.timestamp <= *sensor.newestNs) {
             ++sensor.repeated;
             continue;
         }
-        if (sensor.newestNs) {
-            // Unsigned, because time stamps may lie anywhere in 64 bits; the later one is the larger one.
-            const std::uint64_t period =
-                roundedUs(static_cast<std::uint64_t>(sample.timestamp) - static_cast<std::uint64_t>(*sensor.newestNs));
-            sensor.periodUs.add(period);
-            if (std::exchange(afterMissing, false)) sensor.missedPeriodUs.add(period);
-        }
+        if (sensor.newestNs) notePeriod(sensor, handOver, sample.timestamp, std::exchange(afterMissing, false));
         sensor.newestNs = sample.timestamp;
         sensor.newestFrame = handOver.frame;
+        sensor.newestFrameNs = handOver.timestampNs;
     }
+    sensor.differenceUs = differenceUs;
+}
+
+void Statistics::notePeriod(SensorStatistics& sensor, const HandOver& handOver, std::int64_t newNs, bool afterMissing) {
+    // Unsigned, because time stamps may lie anywhere in 64 bits; the later one is the larger one.
+    const std::uint64_t us =
+        roundedUs(static_cast<std::uint64_t>(newNs) - static_cast<std::uint64_t>(*sensor.newestNs));
+    sensor.periodUs.add(us);
+    if (afterMissing) sensor.missedPeriodUs.add(us);
+    if (us <= kLongestPeriodUs) return;
+    const std::uint64_t framesUs = (handOver.timestampNs - sensor.newestFrameNs) / lsc::kNsPerUs;
+    // The first sample of a hand-over may come a frame after its last one could have.
+    const bool leaps = us > sensor.frame->intervalUs && us > framesUs + sensor.frameUs.quantile(0.5) * 3 / 2 &&
+                       sensor.haveFrameTimes();
+    const Place silent = leaps ? Place::kClockStep : Place::kSilence;
+    sensor.places.addStep(*sensor.newestNs, newNs, afterMissing ? Place::kMissingHandOver : silent);
+    if (afterMissing) return;
+    if (!leaps) {
+        sensor.silentPeriodUs.add(us);
+        return;
+    }
+    if (sensor.leap) sensor.clockStepUs.add(sensor.leap->us);
+    sensor.leap = {us, sensor.differenceUs, handOver.timestampNs};
+}
+
+void Statistics::settleLeap(SensorStatistics& sensor, std::int64_t differenceUs, std::uint64_t timestampNs) {
+    if (!sensor.leap) return;
+    const SensorStatistics::Leap leap = *sensor.leap;
+    const bool over = differenceUs - leap.differenceUs < static_cast<std::int64_t>(leap.us / 2);  // of times in ns
+    const bool stays = (timestampNs - leap.frameNs) / lsc::kNsPerUs > leap.us;
+    if (!over && !stays) return;
+    (over ? sensor.silentPeriodUs : sensor.clockStepUs).add(leap.us);
+    sensor.leap.reset();
 }
 
 void Statistics::exposuresAsked(const std::vector<ExposureOutcome>& outcomes) {
@@ -117,9 +162,11 @@ void Statistics::count(const ExposureOutcome& outcome) {
         auto& missing = sensor.missing[indexOf(outcome.reason->kind)];
         ++missing.count;
         missing.largest = std::max(missing.largest, outcome.reason->number);
+        sensor.places.lacked(sensor, outcome);
     }
     if (outcome.times) {
         sensor.exposureUs.add(outcome.times->exposureUs);
+        if (outcome.readoutNs != 0) sensor.readoutUs.add(outcome.readoutNs / lsc::kNsPerUs);
         auto& byShutter = sensor.frameUsByShutter;
         const bool known = byShutter.contains(outcome.readoutNs) || byShutter.size() < SensorStatistics::kMaxShutters;
         if (known && outcome.readoutNs != 0) {
@@ -128,7 +175,7 @@ void Statistics::count(const ExposureOutcome& outcome) {
         }
     }
     if (outcome.span) {
-        sensor.readoutUs.add(outcome.readoutNs / lsc::kNsPerUs);
+        sensor.spanReadoutUs.add(outcome.readoutNs / lsc::kNsPerUs);
         sensor.matchUs.add(outcome.span->distanceUs);
         sensor.spanSamples.add(narrow<std::uint64_t>(outcome.span->samples));
         if (isLong(*outcome.span, outcome.readoutNs)) ++sensor.longSpans;

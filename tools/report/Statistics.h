@@ -12,14 +12,20 @@
 #include "tools/diagnose/Outcome.h"
 #include "tools/report/Clock.h"
 #include "tools/report/Histogram.h"
+#include "tools/report/Places.h"
 
 namespace replay {
 
+// Fewer of a kind are too few to judge by.
+inline constexpr std::uint64_t kEnough = 10;
+// Two samples farther apart leave exposure starts between them that neither matches.
+inline constexpr std::uint64_t kLongestPeriodUs = 2 * lsc::kMatchWindowUs;
+
 struct SensorStatistics {
     // Of the exposures that got a position.
-    Histogram matchUs;      // distance from the exposure start to the sample that the span starts from
-    Histogram spanSamples;  // samples that were reduced to the position
-    Histogram readoutUs;    // rolling shutter
+    Histogram matchUs;        // distance from the exposure start to the sample that the span starts from
+    Histogram spanSamples;    // samples that were reduced to the position
+    Histogram spanReadoutUs;  // rolling shutter
     // Spans that last more than twice the rolling shutter and the match window: no sample was near its end.
     std::uint64_t longSpans = 0;
 
@@ -30,6 +36,7 @@ struct SensorStatistics {
     std::int64_t frameStepSum = 0;
 
     Histogram exposureUs;  // of all exposures with times
+    Histogram readoutUs;   // rolling shutters stored for them
     // Time between two frames while a rolling shutter (ns) was stored; of the first kMaxShutters ones.
     static constexpr std::size_t kMaxShutters = 16;
     std::map<std::uint64_t, Histogram> frameUsByShutter;
@@ -37,7 +44,10 @@ struct SensorStatistics {
     // Of samples that came one after the other, without those that the provider had handed over before. Late ones,
     // with a time stamp before one already seen, count for nothing.
     Histogram periodUs;
-    Histogram missedPeriodUs;    // those over frame numbers without a hand-over
+    Histogram missedPeriodUs;  // those over frame numbers without a hand-over
+    // Others above kLongestPeriodUs: those in which the clock of the samples was set ahead, and those without samples.
+    Histogram clockStepUs;
+    Histogram silentPeriodUs;
     std::uint64_t repeated = 0;  // samples no later than one already seen
 
     // Batches in a row that were discarded because a time stamp seen before is more than a second later.
@@ -60,16 +70,27 @@ struct SensorStatistics {
         std::uint64_t largest = 0;
     };
     std::array<Missing, kReasonKinds> missing{};
+    Places places;  // of these exposures
 
     // Since the monitor was started: the latest time stamp and the frame that brought it, the newest hand-over.
     std::optional<std::int64_t> newestNs;
     std::uint32_t newestFrame = 0;
+    std::uint64_t newestFrameNs = 0;  // that frame's time stamp
+    std::int64_t differenceUs = 0;    // of the clock, at that hand-over
     struct Frame {
         std::uint32_t number;
         std::uint64_t timestampNs;
         std::uint64_t intervalUs;  // from the frame before; 0 when it is not known
     };
     std::optional<Frame> frame;
+    // A period much longer than the frames over it took. Either the clock was set, and the clock difference stays that
+    // much larger; or the sensor was silent while a hand-over was late, and the difference falls back in that time.
+    struct Leap {
+        std::uint64_t us;
+        std::int64_t differenceUs;  // before it
+        std::uint64_t frameNs;      // time stamp of its frame
+    };
+    std::optional<Leap> leap;
 
     const Missing& without(Reason::Kind kind) const { return missing[indexOf(kind)]; }
     std::uint64_t batchesOf(lsc::SampleQueue::Fate fate) const {
@@ -86,11 +107,20 @@ struct SensorStatistics {
         const auto sum = static_cast<std::uint64_t>(std::max<std::int64_t>(0, frameStepSum));  // as tested
         return std::max(sum / usualFrameStep(), frameStepCount) - frameStepCount;
     }
-    // Samples of a span that reaches over the rolling shutter; 0 when that is not known.
+    // Samples of a span that reaches over the rolling shutter; 0 without positions.
     std::uint64_t expectedSpan() const {
         const std::uint64_t period = periodUs.quantile(0.5);
-        return period == 0 || readoutUs.count() == 0 ? 0 : (readoutUs.quantile(0.5) + period / 2) / period + 1;
+        return period == 0 || spanReadoutUs.count() == 0 ? 0 : (spanReadoutUs.quantile(0.5) + period / 2) / period + 1;
     }
+    // Time stamps of frames in another unit, say, are none: an exposure takes no longer than a frame.
+    bool haveFrameTimes() const { return frameUs.quantile(0.5) > exposureUs.quantile(0); }
+    bool isJittery() const;
+    // Longer periods are gaps rather than jitter, and an exposure may start in them that no sample matches.
+    std::uint64_t longestStepUs() const;
+    // How often the clock of the samples was set ahead.
+    std::uint64_t clockSteps() const { return clockStepUs.count() + (leap ? 1 : 0); }
+    // Nothing when it was.
+    std::optional<Clock::Drift> drift() const { return clockSteps() == 0 ? clock.drift() : std::nullopt; }
     // Periods longer than two median ones.
     std::uint64_t gaps() const { return periodUs.countAbove(2 * periodUs.quantile(0.5)); }
 };
@@ -109,6 +139,8 @@ private:
     static void noteFrame(SensorStatistics& sensor, const HandOver& handOver);
     static void noteFate(SensorStatistics& sensor, const HandOver& handOver);
     static void noteSamples(SensorStatistics& sensor, const HandOver& handOver, bool afterMissing);
+    static void notePeriod(SensorStatistics& sensor, const HandOver& handOver, std::int64_t newNs, bool afterMissing);
+    static void settleLeap(SensorStatistics& sensor, std::int64_t differenceUs, std::uint64_t timestampNs);
     void count(const ExposureOutcome& outcome);
 
     std::uint64_t mFrames = 0;

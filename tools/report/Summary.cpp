@@ -40,25 +40,22 @@ std::string batches(const SensorStatistics& sensor) {
 // The figures of the clock, and how the frame's times fit together.
 std::string clock(const SensorStatistics& sensor) {
     if (sensor.clock.count() == 0) return "unknown";
-    const auto drift = sensor.clock.drift();
+    const auto drift = sensor.drift();
     return fmt::format("median {}, least {}, largest {}{}", sensor.clock.quantileUs(0.5), sensor.clock.quantileUs(0),
                        sensor.clock.quantileUs(1), drift ? fmt::format(", drift {:.1f} ppm", drift->ppm) : "");
-}
-
-std::string milliseconds(std::uint64_t us) {
-    return fmt::format("{:.2f}", static_cast<double>(us) / 1000.0);  // times of a frame are short
 }
 
 std::string frameTimes(const SensorStatistics& sensor) {
     std::string shutters;
     for (const auto& [shutterNs, frames] : sensor.frameUsByShutter)
-        shutters += (shutters.empty() ? "" : " and ") + milliseconds(shutterNs / lsc::kNsPerUs);
+        shutters += (shutters.empty() ? "" : " and ") + shortMs(number(shutterNs) / lsc::kNsPerUs, 2);
     const auto& exposure = sensor.exposureUs;
-    return fmt::format(
-        "interval {}, rolling shutter {}, exposure {}",
-        sensor.frameUs.count() == 0 ? "unknown" : milliseconds(sensor.frameUs.quantile(0.5)),
-        shutters.empty() ? "unknown" : shutters,
-        exposure.count() == 0 ? "unknown" : milliseconds(exposure.quantile(0)) + " to " + milliseconds(exposure.max()));
+    return fmt::format("interval {}, rolling shutter {}, exposure {}",
+                       sensor.frameUs.count() == 0 ? "unknown" : shortMs(number(sensor.frameUs.quantile(0.5)), 2),
+                       shutters.empty() ? "unknown" : shutters,
+                       exposure.count() == 0
+                           ? "unknown"
+                           : shortMs(number(exposure.quantile(0)), 2) + " to " + shortMs(number(exposure.max()), 2));
 }
 
 std::string handOvers(const SensorStatistics& sensor) {
@@ -68,7 +65,8 @@ std::string handOvers(const SensorStatistics& sensor) {
 
 std::string spans(const SensorStatistics& sensor) {
     const std::uint64_t expected = sensor.expectedSpan();
-    return distribution(sensor.spanSamples) + (expected == 0 ? "" : fmt::format("; median expected {}", expected));
+    return distribution(sensor.spanSamples) + (expected == 0 ? "" : fmt::format("; median expected {}", expected)) +
+           (sensor.longSpans == 0 ? "" : fmt::format("; {} past the readout", sensor.longSpans));
 }
 
 void printFigures(std::ostream& out, std::string_view indent, int width, const std::vector<Figure>& figures) {

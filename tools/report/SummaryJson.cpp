@@ -1,5 +1,7 @@
 #include "tools/report/SummaryJson.h"
 
+#include <cmath>
+
 #include "customer/aaa/aaa/lsc/OisSpan.h"
 #include "tools/report/Findings.h"
 #include "tools/session/JsonWriter.h"
@@ -25,14 +27,15 @@ void writeReasons(JsonWriter& json, const SensorStatistics& sensor) {
     json.endObject();
 }
 
-void writeClock(JsonWriter& json, const Clock& clock) {
+void writeClock(JsonWriter& json, const SensorStatistics& sensor) {
+    const Clock& clock = sensor.clock;
     json.key("clock_difference_us").beginObject().member("count", clock.count());
     if (clock.count() > 0) {
         json.member("median", clock.quantileUs(0.5))
             .member("min", clock.quantileUs(0))
             .member("max", clock.quantileUs(1));
     }
-    if (const auto drift = clock.drift()) json.member("drift_ppm", drift->ppm);
+    if (const auto drift = sensor.drift()) json.member("drift_ppm", drift->ppm);
     json.endObject();
 }
 
@@ -46,13 +49,13 @@ void writeSensor(JsonWriter& json, std::int32_t id, const SensorStatistics& sens
     json.member("missing", sensor.missingHandOvers()).endObject();
     writeDistribution(json, "match_us", sensor.matchUs);
     writeDistribution(json, "span", sensor.spanSamples);
-    json.member("expected_span", sensor.expectedSpan());
+    json.member("expected_span", sensor.expectedSpan()).member("long_spans", sensor.longSpans);
     writeDistribution(json, "sample_period_us", sensor.periodUs);
     json.member("gaps", sensor.gaps());
     writeDistribution(json, "frame_us", sensor.frameUs);
     writeDistribution(json, "exposure_us", sensor.exposureUs);
     writeDistribution(json, "readout_us", sensor.readoutUs);
-    writeClock(json, sensor.clock);
+    writeClock(json, sensor);
     json.endObject();
 }
 
@@ -66,12 +69,19 @@ void writeExpectations(JsonWriter& json, const Comparison& comparison) {
     json.key("expectations").beginObject().member("compared", compared).member("unmet", unmet).endObject();
 }
 
+// A count, or a time stamp, as what it is.
+void write(JsonWriter& json, double number) {
+    constexpr double kMost = 0x1p63;
+    const bool whole = std::abs(number) < kMost && number == std::floor(number);
+    whole ? json.value(static_cast<std::int64_t>(number)) : json.value(number);  // as tested
+}
+
 void writeFindings(JsonWriter& json, const Statistics& statistics) {
     json.key("findings").beginList();
     for (const Finding& finding : findings(statistics)) {
         json.beginObject().member("code", finding.code).member("sensor", finding.sensor);
         for (const auto& [name, number] : finding.numbers)
-            json.member(name, number);
+            write(json.key(name), number);
         json.member("advice", finding.advice).endObject();
     }
     json.endList();

@@ -7,6 +7,7 @@ const DETAILED = 8;  // pixels that an exposure takes at least, where its shape 
 const SPARSE = 4;    // pixels between extremes from which on a line through them would mislead
 const MAGNITUDES = [1e-5, 1e-4, 0.001, 0.01, 0.1, 1, 10, 100];
 const UNITS = [['min', 60_000], ['s', 1000], ['ms', 1]];
+const LABEL = 110;  // pixels for the label of a time
 const LEAST_UNITS = 10;  // of a unit in what is shown
 const CHUNK = 1000;  // rows added to the table at a time
 const MOST_LANES = 6;
@@ -50,7 +51,7 @@ function showFindings() {
   const table = byId('findings').appendChild(make('table'));
   addRow(table, ['sensor', 'finding', 'figures', 'what would help'], 'th');
   for (const { sensor, code, advice, ...numbers } of findings) {
-    const figures = Object.entries(numbers).map(([name, value]) => `${name} ${+value.toPrecision(6)}`);
+    const figures = Object.entries(numbers).map(([name, value]) => `${name} ${value}`);
     addRow(table, [sensor, code, figures.join(', '), advice]);
   }
 }
@@ -211,10 +212,13 @@ function isSparse({ period }, graph) {
   return period && graph.toDomXCoord(period) - graph.toDomXCoord(0) > SPARSE;
 }
 
-// Ticks at round numbers of the unit that suits what is shown.
+// Ticks at round numbers of the unit that suits what is shown. One whose label would have to move from its line to fit
+// has none.
 function timeTicks(from, to, width, options, graph) {
   const [unit, ms] = UNITS.find(([, its]) => to - from >= LEAST_UNITS * its) ?? UNITS.at(-1);
-  return Dygraph.numericTicks(from / ms, to / ms, width, options, graph).map(({ v }) => ({ v: v * ms, label: `${count(v)} ${unit}` }));
+  const fits = v => (to - v) / (to - from) * width >= LABEL / 2;
+  return Dygraph.numericTicks(from / ms, to / ms, width, options, graph)
+    .map(({ v }) => ({ v: v * ms, label: fits(v * ms) ? `${count(v)} ${unit}` : '' }));
 }
 
 // Gives each exposure the time at which its position is drawn, a lane in which no other overlaps it, the number of
@@ -257,7 +261,10 @@ function showTrace(section, sensor) {
       range.textContent = `From ${from} to ${to} ms from the first sample.`;
     },
   };
-  const x = { ticker: timeTicks, pixelsPerLabel: 110, axisLabelWidth: 110 }, y = { axisLabelWidth: 60 };
+  const empty = !points.some(({ hall, here, device }) => [hall[0], here[0], device[0]].some(its => its !== null && !isNaN(its)));
+  if (empty) boxes.slice(1).forEach(box => box.classList.add('empty'));
+  const x = { ticker: timeTicks, pixelsPerLabel: LABEL, axisLabelWidth: LABEL };
+  const y = { axisLabelWidth: 60, ...empty && { drawGrid: false, axisLabelFormatter: () => '' } };
   const graphs = [new Dygraph(boxes[0], points.map(({ ms }) => [ms, 0.5]), {
     ...common, labels: ['ms', 'frames'], plotter: drawFrames(sensor), valueRange: [0, 1], highlightCircleSize: 0, ylabel: 'frames',
     axes: { x: { ...x, drawAxis: false }, y: { ...y, drawGrid: false, axisLabelFormatter: () => '' } },
@@ -380,7 +387,7 @@ if (data.from !== undefined || data.to !== undefined) {
 showFigures(byId('counts'), data.counts);
 showFindings();
 byId('accuracy').hidden = data.accuracy === '';
-byId('accuracy').lastChild.textContent = data.accuracy;
+byId('accuracy').querySelector('pre').textContent = data.accuracy;
 if (compared) data.sensors.forEach(({ exposures }) => exposures.forEach(compare));
 data.sensors.forEach(showSensor);
 showExposures();

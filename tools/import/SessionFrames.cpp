@@ -121,9 +121,10 @@ void SessionWriter::checkFrame(std::int32_t id, const Frame& frame) {
     const std::uint64_t start = frame.timing              ? frame.timing->sof
                                 : frame.exposures.empty() ? 0
                                                           : startOf(frame.exposures.front());
-    for (const std::string& doubt : sensor.evidence.asked(start)) {
-        ++mReport.framesLost;
-        hole(label + doubt);
+    if (const std::size_t missing = sensor.evidence.asked(start); missing != 0) {
+        mReport.framesLost += missing;
+        hole(label + to_string(missing) + (missing == 1 ? " frame" : " frames") +
+             " before it: handed over, but not asked for or lost");
     }
 }
 

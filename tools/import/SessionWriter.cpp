@@ -49,6 +49,9 @@ void SessionWriter::flush(bool all) {
 }
 
 void SessionWriter::finish() {
+    for (const auto& [id, sensor] : mSensors) {
+        if (sensor.registered) checkAsked(id);
+    }
     for (const auto& [pid, count] : mFacts.otherProcesses) {
         mReport.general(countOf(count, "message") + " of process " + to_string(pid) + " left out; --pid " +
                         to_string(pid) + " imports them");
@@ -130,6 +133,7 @@ void SessionWriter::write(const RegisterCall& call) {
 
 void SessionWriter::write(const UnregisterCall& call) {
     Sensor& sensor = sensorAt(call.sensor);
+    if (sensor.registered) checkAsked(call.sensor);
     line(callLine("UnRegisterSensorMonitor", call.sensor, {}));
     sensor.registered = false;
     sensor.buffer.clear();

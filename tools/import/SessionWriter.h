@@ -86,6 +86,9 @@ private:
     void writeExpectation(std::int32_t id, const Frame& frame, std::uint32_t type, std::string_view position);
     std::string labelOf(std::int32_t id, const Frame& frame) const;
 
+    // Ends
+    void checkAsked(std::int32_t id);
+
     // Sensors
     Sensor& sensorAt(std::int32_t id);
     void writeSensor(std::int32_t id);

@@ -25,7 +25,7 @@ from capture_truth import truth
 CASES_A_SCENARIO = 6  # that share a played session
 FRAMES_IN_FLIGHT = 3  # that a device may leave without a request when a monitor ends
 COLUMNS = ("cases", "wrong", "silent", "misled", "unfaithful", "ambiguous", "noise", "boast", "unplayable", "refused")
-KINDS = ("complete", "foreign", "cut_lines", "halves", "restart", "level", *damage.LOSSES)
+KINDS = ("complete", "foreign", "cut_lines", "halves", "restart", "level", *damage.LOSSES, *damage.LOSSES_OF_CAMERAS)
 
 
 class Case:
@@ -60,6 +60,8 @@ class Case:
             return getattr(damage, self.kind)(first.records, self.truths[1].records, source)
         if self.kind == "cut_lines":
             return damage.cut_lines(first.records, source)
+        if self.kind in damage.LOSSES_OF_CAMERAS:
+            return damage.LOSSES_OF_CAMERAS[self.kind](first.records, source, first)
         return damage.LOSSES[self.kind](first.records, source) if self.kind in damage.LOSSES else first.records
 
     def losses(self, whole, kept):

@@ -220,4 +220,14 @@ std::size_t SensorEvidence::unasked() const {
     return late > mUsualStep ? static_cast<std::size_t>(late) : 0;
 }
 
+double SensorEvidence::longestPeriodNs() const {
+    double longest = 0;
+    for (std::size_t i = 1; i < mGiven.size(); ++i) {
+        const double frames = mGiven[i].place - mGiven[i - 1].place;
+        const double length = static_cast<double>(mGiven[i].timestamp) - static_cast<double>(mGiven[i - 1].timestamp);
+        if (frames > 0) longest = std::max(longest, length / frames);
+    }
+    return longest;
+}
+
 }  // namespace replay::import

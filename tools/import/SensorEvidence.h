@@ -41,6 +41,12 @@ public:
     // that passed until any other was asked for.
     std::size_t unasked() const;
 
+    // The longest time (ns) from one of the last frames handed over to the next; 0: not known.
+    double longestPeriodNs() const;
+    // The time stamp of the last hand-over that had one; 0: none had.
+    std::uint64_t newestNs() const { return mGiven.empty() ? 0 : mGiven.back().timestamp; }
+    bool wasAsked() const { return mAsked.has_value(); }
+
     // Something of this sensor is known to be missing.
     void lost();
     // Samples of lost hand-overs were handed over from a list, as the next hand-over.

@@ -131,6 +131,8 @@ void SessionWriter::write(HandOver& batch) {
     }
     if (!batch.frame() && !batch.emptyType) hole(label + "its frame number is assumed");
     const std::uint64_t timestamp = batch.updated ? batch.updated->timestamp : 0;
+    if (timestamp != 0) mNewestNs = timestamp;
+    sensor.lastLine = mLine;
     if (batch.emptyType) {
         sensor.evidence.filed(batch, {}, true);
         return update(*id, frame, timestamp, {});

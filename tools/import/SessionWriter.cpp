@@ -50,7 +50,9 @@ void SessionWriter::flush(bool all) {
 
 void SessionWriter::finish() {
     for (const auto& [id, sensor] : mSensors) {
-        if (sensor.registered) checkAsked(id);
+        if (!sensor.registered) continue;
+        checkAsked(id);
+        checkSilence(id, false);
     }
     for (const auto& [pid, count] : mFacts.otherProcesses) {
         mReport.general(countOf(count, "message") + " of process " + to_string(pid) + " left out; --pid " +
@@ -134,6 +136,7 @@ void SessionWriter::write(const RegisterCall& call) {
 void SessionWriter::write(const UnregisterCall& call) {
     Sensor& sensor = sensorAt(call.sensor);
     if (sensor.registered) checkAsked(call.sensor);
+    if (sensor.registered && call.left) checkSilence(call.sensor, true);
     line(callLine("UnRegisterSensorMonitor", call.sensor, {}));
     sensor.registered = false;
     sensor.buffer.clear();

@@ -45,6 +45,7 @@ private:
         SampleBuffer buffer;
         SensorEvidence evidence;
         std::uint64_t lastStartUs = 0;  // of the frame asked for last
+        std::size_t lastLine = 0;       // of the capture, of the last hand-over
     };
 
     // What the session gives for an exposure.
@@ -88,6 +89,8 @@ private:
 
     // Ends
     void checkAsked(std::int32_t id);
+    double silentFrames(std::int32_t id) const;
+    void checkSilence(std::int32_t id, bool ended);
 
     // Sensors
     Sensor& sensorAt(std::int32_t id);
@@ -110,6 +113,7 @@ private:
     std::map<std::size_t, std::set<std::int32_t>> mSensorsOfLane;
     std::map<std::size_t, std::int32_t> mLastOfLane;  // whose frame was asked for last
     std::deque<std::uint32_t> mFrameNumbers;          // of the last hand-overs of all sensors
+    std::uint64_t mNewestNs = 0;                      // time stamp of the last hand-over of all sensors
     Settings mSettings;
     std::optional<std::int32_t> mMode;
     bool mHeadWritten = false;

@@ -216,6 +216,7 @@ CASES = {
     "silence": (ONE, burst(HAND_OVER_4, "disableSensor")),
 
     "message cut": (ONE, changed(HAND_OVER_4, 0, ", queue size:4", "")),
+    "all lines cut": (ONE, lambda whole: [replace(record, text=record.text[:90]) for record in whole]),
     "line cut": (ONE, inserted(HAND_OVER_4, cut_head)),
     "lines dropped": (ONE, inserted(HAND_OVER_4, chatty)),
     "interrupted": (ONE, printed_again),

@@ -73,7 +73,9 @@ SensorEvidence::Gap SensorEvidence::gapOf(std::int64_t skipped, bool continuous,
     const std::int64_t all = skipped + static_cast<std::int64_t>(mEmpty);
     const std::string from = to_string(first);
     if (!forward) {
-        gap.doubt = "the frame numbers begin anew, and samples are missing";
+        gap.doubt = "frame " + to_string(*mFrame) + " is followed by frame " +
+                    to_string(nextLogged() + static_cast<std::uint32_t>(skipped)) +
+                    ", and samples are missing; import joined recordings one by one";
     } else if (continuous) {
         gap.doubt =
             "the frame numbers skip " + to_string(all) + " from " + from + " on: hand-overs without samples, or none";

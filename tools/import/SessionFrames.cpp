@@ -123,8 +123,7 @@ void SessionWriter::checkFrame(std::int32_t id, const Frame& frame) {
                                                           : startOf(frame.exposures.front());
     if (const std::size_t missing = sensor.evidence.asked(start); missing != 0) {
         mReport.framesLost += missing;
-        hole(label + to_string(missing) + (missing == 1 ? " frame" : " frames") +
-             " before it: handed over, but not asked for or lost");
+        hole(label + callsMissing(missing, "before it"));
     }
 }
 

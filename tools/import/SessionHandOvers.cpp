@@ -50,7 +50,7 @@ std::optional<std::int32_t> SessionWriter::sensorOf(const HandOver& batch) {
         ++mReport.ambiguous;
         const auto frame = batch.frame();
         hole("the hand-over of " + (frame ? "frame " + to_string(*frame) : std::string("a frame")) +
-             " may be another sensor's; taken for sensor " + to_string(*choice.sensor));
+             " may belong to several sensors; given to sensor " + to_string(*choice.sensor));
     }
     return choice.sensor;
 }

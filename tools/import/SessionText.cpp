@@ -130,6 +130,11 @@ std::string countOf(std::size_t count, std::string_view what) {
     return std::to_string(count).append(" ").append(what).append(count == 1 ? "" : "s");
 }
 
+std::string callsMissing(std::size_t count, std::string_view where) {
+    return (count == 1 ? "the call for " : "the calls for ") + countOf(count, "frame").append(" ").append(where) +
+           (count == 1 ? " is missing, or was not made" : " are missing, or were not made");
+}
+
 std::string sessionHead(const std::string& name, const Settings& settings) {
     std::string head = "# Made from the log " + inComment(name) + "\n";
     head += kLost;

@@ -63,7 +63,7 @@ private:
     void write(const OtpRead& call);
     void write(const OtpTableQueried& call);
     void write(const IndexForced& call);
-    void write(const Doubt& doubt) { hole(doubt.text); }
+    void write(const Doubt& doubt);
 
     // Hand-overs
     std::optional<std::int32_t> sensorOf(const HandOver& batch);
@@ -88,6 +88,9 @@ private:
     std::string labelOf(std::int32_t id, const Frame& frame) const;
 
     // Ends
+    void finish();
+    void adviseOnForm();
+    void adviseOnLosses();
     void checkAsked(std::int32_t id);
     double silentFrames(std::int32_t id) const;
     void checkSilence(std::int32_t id, bool ended);
@@ -101,7 +104,6 @@ private:
     void line(std::string_view text) { mBody.append(text).append("\n"); }
     void hole(const std::string& text);
     void flush(bool all);
-    void finish();
 
     const std::string mName;
     const CaptureFacts& mFacts;
@@ -114,6 +116,7 @@ private:
     std::map<std::size_t, std::int32_t> mLastOfLane;  // whose frame was asked for last
     std::deque<std::uint32_t> mFrameNumbers;          // of the last hand-overs of all sensors
     std::uint64_t mNewestNs = 0;                      // time stamp of the last hand-over of all sensors
+    std::size_t mUnreadable = 0;                      // messages
     Settings mSettings;
     std::optional<std::int32_t> mMode;
     bool mHeadWritten = false;

@@ -74,7 +74,8 @@ class Case:
         there = {places[id(r)] for r in kept if id(r) in places}
         gone = [whole[i].call for i in range(min(there), max(there)) if i not in there]
         seen = {r.call for r in kept}
-        excused = (self.truths[0].traceless | self.last_of_rows(set(gone) - seen, seen)) - seen
+        excused = self.truths[0].traceless - seen
+        excused |= self.last_of_rows(set(gone) - seen - excused, seen)
         return sum(call not in excused for call in gone)
 
     def last_of_rows(self, lost, seen):

@@ -18,7 +18,7 @@ void SessionWriter::checkAsked(std::int32_t id) {
     const std::size_t missing = mSensors.at(id).evidence.unasked();
     if (missing == 0) return;
     mReport.framesLost += missing;
-    hole("sensor " + to_string(id) + ": " + callsMissing(missing, "at its end"));
+    hole("sensor " + to_string(id) + ": " + callsMissing(missing, "at the end"));
 }
 
 // Frames of the sensor that fit between its last hand-over and the last one of all sensors.

@@ -138,7 +138,7 @@ std::string callsMissing(std::size_t count, std::string_view where) {
 std::string sessionHead(const std::string& name, const Settings& settings) {
     std::string head = "# Made from the log " + inComment(name) + "\n";
     head += kLost;
-    if (!settings.everySample) head += "# No samples: the log was not made with customer log level 4.\n";
+    if (!settings.everySample) head += "# No samples of hand-overs are in the log.\n";
     head += "{\"platform\":\"log\",\"mode\":1,\"details_level\":5,\"details_mask\":\"0x821000\"}\n";
     if (settings.everySample) head += propertyLine("vendor.tarvo.3a.lscutil.log", kEverySampleLevel);
     if (settings.calculationMode != 0) {

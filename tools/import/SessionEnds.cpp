@@ -1,5 +1,6 @@
 // The part of SessionWriter that tells what the end of a monitor, or of the capture, leaves open, and what to do.
 #include <algorithm>
+#include <utility>
 
 #include "tools/import/SessionWriter.h"
 
@@ -11,13 +12,20 @@ using std::to_string;
 // Frames of a sensor without a hand-over; more, and some are missing.
 constexpr double kMostBeforeEnd = 4;   // of its monitor: the camera has stopped already
 constexpr double kMostWithoutEnd = 3;  // sensors' hand-overs are not equally late
+constexpr double kMostSilent = 1e6;    // a damaged time stamp may be any
 
 }  // namespace
+
+// Frames that were left out are among those that the calls before and after them miss.
+void SessionWriter::countLost(std::size_t frames) {
+    const std::size_t counted = std::min(frames, std::exchange(mLeftOut, 0));
+    mReport.framesLost += frames - counted;
+}
 
 void SessionWriter::checkAsked(std::int32_t id) {
     const std::size_t missing = mSensors.at(id).evidence.unasked();
     if (missing == 0) return;
-    mReport.framesLost += missing;
+    countLost(missing);
     hole("sensor " + to_string(id) + ": " + callsMissing(missing, "at the end"));
 }
 
@@ -30,7 +38,8 @@ double SessionWriter::silentFrames(std::int32_t id) const {
             period = std::max(period, sensor.evidence.longestPeriodNs());
     }
     if (evidence.newestNs() == 0 || period <= 0) return 0;
-    return (static_cast<double>(mNewestNs) - static_cast<double>(evidence.newestNs())) / period;
+    const double silence = static_cast<double>(mNewestNs) - static_cast<double>(evidence.newestNs());
+    return std::min(silence / period, kMostSilent);
 }
 
 void SessionWriter::checkSilence(std::int32_t id, bool ended) {

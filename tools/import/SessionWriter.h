@@ -91,6 +91,7 @@ private:
     void finish();
     void adviseOnForm();
     void adviseOnLosses();
+    void countLost(std::size_t frames);
     void checkAsked(std::int32_t id);
     double silentFrames(std::int32_t id) const;
     void checkSilence(std::int32_t id, bool ended);
@@ -116,6 +117,7 @@ private:
     std::map<std::size_t, std::int32_t> mLastOfLane;  // whose frame was asked for last
     std::deque<std::uint32_t> mFrameNumbers;          // of the last hand-overs of all sensors
     std::uint64_t mNewestNs = 0;                      // time stamp of the last hand-over of all sensors
+    std::size_t mLeftOut = 0;                         // frames since some were last counted as missing
     std::size_t mUnreadable = 0;                      // messages
     Settings mSettings;
     std::optional<std::int32_t> mMode;

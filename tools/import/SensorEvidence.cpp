@@ -73,9 +73,11 @@ SensorEvidence::Gap SensorEvidence::gapOf(std::int64_t skipped, bool continuous,
     const std::int64_t all = skipped + static_cast<std::int64_t>(mEmpty);
     const std::string from = to_string(first);
     if (!forward) {
-        gap.doubt = "frame " + to_string(*mFrame) + " is followed by frame " +
-                    to_string(nextLogged() + static_cast<std::uint32_t>(skipped)) +
-                    ", and samples are missing; import joined recordings one by one";
+        const std::string next = to_string(nextLogged() + static_cast<std::uint32_t>(skipped));
+        const bool ahead = all >= 0 && all <= kMostSkipped;  // fewer hand-overs than there were without samples
+        gap.doubt = ahead ? "samples before frame " + next + " are missing"
+                          : "frame " + to_string(first - 1) + " is followed by frame " + next +
+                                ", and samples are missing; import joined recordings one by one";
     } else if (continuous) {
         gap.doubt =
             "the frame numbers skip " + to_string(all) + " from " + from + " on: hand-overs without samples, or none";

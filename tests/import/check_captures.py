@@ -88,7 +88,8 @@ class Case:
         ends = [(rows[call], call < last.get(rows[call], -1), call) for call in lost if rows[call]
                 and (call > last.get(rows[call], len(rows)) or (call < first.get(rows[call], -1) and not rows[call][2]))]
         many = collections.Counter(end[:2] for end in ends)
-        return {call for *its, call in ends if many[tuple(its)] <= FRAMES_IN_FLIGHT}
+        # With a camera's last hand-overs goes one request more.
+        return {call for *its, call in ends if many[tuple(its)] <= FRAMES_IN_FLIGHT + (not its[0][2])}
 
     def __str__(self):
         return f"{self.kind}, {self.form} {'+'.join(self.modifiers)} {self.wrap}, {'/'.join(map(str, self.scenario))}"

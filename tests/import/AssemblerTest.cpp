@@ -125,8 +125,8 @@ TEST(Assemblers, MakeMonitors) {
         {"... without a provider", {registered, stopped, failed}, "R2failed-"},
         {"without its registration",
          {delivers, started},
-         "\"a monitor started; its registration is not in the capture\" \"sensor 2: its monitor started; its "
-         "registration is not in the capture\" R2"},
+         "\"sensor 2: its monitor started; its registration is not in the capture\" R2"},
+        {"of its start one message alone", {delivers}, "\"a monitor started; its registration is not in the capture\""},
         {"without its start",
          {registered, delivers},
          "R2- \"sensor 2: whether its monitor started is not in the capture; assumed: yes\""},

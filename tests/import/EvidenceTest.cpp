@@ -74,7 +74,7 @@ TEST_F(Evidence, TellsAHandOverFromNumbersThatItDoesNotNeed) {
     EXPECT_THAT(gapBefore(batchAt(4, 20), true).doubt, HasSubstr("skip 1 from 3 on"));  // they did not before
     // Numbers begin anew.
     EXPECT_EQ(gapBefore(batchAt(0, 20)).doubt, "");
-    EXPECT_THAT(gapBefore(batchAt(0, 40)).doubt, HasSubstr("begin anew"));
+    EXPECT_THAT(gapBefore(batchAt(0, 40)).doubt, HasSubstr("frame 2 is followed by frame 0, and samples are missing"));
     HandOver empty;
     empty.emptyType = 5;
     file(empty);
@@ -133,12 +133,40 @@ TEST_F(Evidence, TellsFramesThatWereNotAskedFor) {
     for (std::uint32_t i = 0; i < 12; ++i)
         file(batchAt(i, 10 * i));
     const auto askedAt = [&](std::uint64_t ms) { return evidence.asked(ms * kMs); };
-    EXPECT_THAT(askedAt(10), IsEmpty());
-    EXPECT_THAT(askedAt(20), IsEmpty());
-    EXPECT_THAT(askedAt(20), IsEmpty());  // again
-    EXPECT_THAT(askedAt(50), ElementsAre(HasSubstr("2 frames before it")));
-    EXPECT_THAT(askedAt(60), IsEmpty());
+    EXPECT_EQ(evidence.unasked(), 0U) << "never asked";
+    EXPECT_EQ(askedAt(10), 0U);
+    EXPECT_EQ(askedAt(20), 0U);
+    EXPECT_EQ(askedAt(20), 0U) << "again";
+    EXPECT_EQ(askedAt(50), 2U);
+    EXPECT_EQ(askedAt(60), 0U);
     EXPECT_EQ(evidence.frameAt(50 * kMs), 5u);
+}
+
+TEST_F(Evidence, TellsFramesThatWereNotAskedForUpToTheEnd) {
+    // Each hand-over but the first two is followed by the frame two before it.
+    const auto run = [&](std::uint32_t from, std::uint32_t to, bool asks) {
+        for (std::uint32_t i = from; i < to; ++i) {
+            file(batchAt(i, 10 * i));
+            const bool asked = asks && i >= 2;
+            EXPECT_EQ(asked ? evidence.asked((i - 2) * 10ULL * kMs) : 0U, 0U);
+        }
+    };
+    run(0, 10, true);
+    EXPECT_EQ(evidence.unasked(), 0U);
+    run(10, 11, false);
+    EXPECT_EQ(evidence.unasked(), 0U) << "the call may come";
+    run(11, 400, false);
+    EXPECT_EQ(evidence.unasked(), 390U);
+    EXPECT_EQ(evidence.asked(3970 * kMs), 389U) << "however long ago";
+    EXPECT_EQ(evidence.unasked(), 0U);
+}
+
+TEST_F(Evidence, CountsFramesBetweenHandOversThatAreMissing) {
+    for (const std::uint32_t i : {0U, 1U, 2U, 9U})
+        file(batchAt(i, 10 * i));
+    evidence.asked(10 * kMs);
+    EXPECT_EQ(evidence.asked(70 * kMs), 5U);
+    EXPECT_EQ(evidence.asked(80 * kMs), 0U);
 }
 
 TEST(Repair, TakesWhatIsListedAndNotThere) {

@@ -109,11 +109,21 @@ class Camera:
         if self.source.random() < 0.03:
             yield Event(time + MS, self.fill, self.number, [call])
 
-    def events(self, frames):
-        """All calls of this camera; `restarting` numbers begin again with a new monitor in the middle."""
+    def until(self, frames):
+        """When the last of its frames is over."""
+        return self.begin + (frames + 1) * self.period + (300 * MS if self.numbers == "restarting" else 0)
+
+    def events(self, frames, until=0):
+        """All calls of this camera; `restarting` numbers begin again with a new monitor in the middle.
+
+        A camera whose monitor does not end runs until the recording is stopped.
+        """
         yield from self.setup(self.begin - 40 * MS)
         kept, offset = [], 0
-        for k in range(frames):
+        ends = self.source.random() < 0.7
+        for k in itertools.count():
+            if k >= frames and (ends or self.begin + k * self.period > until):
+                break
             if self.numbers == "restarting" and k == frames // 2:
                 offset = k
                 self.begin += 300 * MS
@@ -126,7 +136,7 @@ class Camera:
             yield given
             if k - offset >= 2 and not self.idle:
                 yield from self.ask(sof - 2 * self.period, given.time + self.source.randrange(MS, 5 * MS), k)
-        if self.source.random() < 0.7:
+        if ends:
             yield self.end(self.begin + (frames + 1) * self.period)
 
     def end(self, time):

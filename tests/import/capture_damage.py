@@ -45,6 +45,22 @@ def whole_calls(records, source):
     return [r for r in records if r.call not in lost]
 
 
+def camera_gone(records, source, truth):
+    """All calls of one camera from one of its frames on, none of the last few; other cameras go on."""
+    camera = source.choice(sorted(set(truth.cameras)))
+    frames = [i for i, row in enumerate(truth.rows) if row and row[0] == camera]
+    begin = source.choice(frames[2:-8])
+    return [r for r in records if r.call < begin or truth.cameras[r.call] != camera]
+
+
+def requests_gone(records, source, truth):
+    """A monitor's requests from one of them to its end."""
+    its = source.choice(sorted({row for row in truth.rows if row and not row[2]}))
+    requests = [i for i, row in enumerate(truth.rows) if row == its]
+    begin = source.choice(requests[1:] or requests)
+    return [r for r in records if r.call < begin or truth.rows[r.call] != its]
+
+
 def head_cut(records, source):
     return records[source.randrange(1, len(records) // 2):]
 
@@ -66,6 +82,7 @@ def repeated(records, source):
 
 
 LOSSES = {f.__name__: f for f in (burst, bursts, single_lines, every_third, one_thread, whole_calls, head_cut, tail_cut, repeated)}
+LOSSES_OF_CAMERAS = {f.__name__: f for f in (camera_gone, requests_gone)}
 
 
 def later(records, after, pid):

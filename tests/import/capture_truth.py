@@ -27,7 +27,8 @@ class Truth:
         count, frames = self.scenario[0], source.randrange(36, 56)
         synchronised, mode = source.random() < 0.3, source.choice((0, 0, 0, 0, 0, 0, 0, 1, 2, 3))
         cameras = [Camera(source, i, count, self.scenario, begin, synchronised) for i in range(count)]
-        events = sorted((e for c in cameras for e in c.events(frames)), key=lambda e: e.time)
+        until = max(c.until(frames) for c in cameras)
+        events = sorted((e for c in cameras for e in c.events(frames, until)), key=lambda e: e.time)
         text = [json.dumps(line, separators=(",", ":")) for line in head(level, mode)]
         ends = []
         for event in events:
@@ -48,6 +49,7 @@ class Truth:
         # A frame that has its positions already leaves two lines and no trace in any other.
         self.traceless = {i for i, log in enumerate(logs) if any("has been written" in entry["text"] for entry in log)}
         self.ended = Counter()
+        self.cameras = [event.camera for event in events]
         self.rows = [self.row_of(event) for event in events]
         self.records = concurrent(events, logs, source)
 

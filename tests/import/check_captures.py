@@ -23,9 +23,9 @@ from capture_judge import Expected, judge, play_import, run_import
 from capture_truth import truth
 
 CASES_A_SCENARIO = 6  # that share a played session
-FRAMES_IN_FLIGHT = 3  # that a device may leave without a request when a monitor ends
+FRAMES_IN_FLIGHT = 3  # that a device may leave without a request when a monitor starts or ends
 COLUMNS = ("cases", "wrong", "silent", "misled", "unfaithful", "ambiguous", "noise", "boast", "unplayable", "refused")
-KINDS = ("complete", "foreign", "cut_lines", "halves", "restart", "level", *damage.LOSSES)
+KINDS = ("complete", "foreign", "cut_lines", "halves", "restart", "level", *damage.LOSSES, *damage.LOSSES_OF_CAMERAS)
 
 
 class Case:
@@ -60,6 +60,8 @@ class Case:
             return getattr(damage, self.kind)(first.records, self.truths[1].records, source)
         if self.kind == "cut_lines":
             return damage.cut_lines(first.records, source)
+        if self.kind in damage.LOSSES_OF_CAMERAS:
+            return damage.LOSSES_OF_CAMERAS[self.kind](first.records, source, first)
         return damage.LOSSES[self.kind](first.records, source) if self.kind in damage.LOSSES else first.records
 
     def losses(self, whole, kept):
@@ -72,17 +74,22 @@ class Case:
         there = {places[id(r)] for r in kept if id(r) in places}
         gone = [whole[i].call for i in range(min(there), max(there)) if i not in there]
         seen = {r.call for r in kept}
-        excused = (self.truths[0].traceless | self.last_of_rows(set(gone) - seen, seen)) - seen
+        excused = self.truths[0].traceless - seen
+        excused |= self.ends_of_rows(set(gone) - seen - excused, seen)
         return sum(call not in excused for call in gone)
 
-    def last_of_rows(self, lost, seen):
-        """Calls that end a monitor's row of hand-overs or of requests: few of them look like frames in flight."""
-        rows, last = self.truths[0].rows, {}
+    def ends_of_rows(self, lost, seen):
+        """Calls that end a monitor's row of hand-overs or of requests: few of them look like frames in flight. So do
+        a row's first requests: a camera may be asked late."""
+        rows, first, last = self.truths[0].rows, {}, {}
         for call in sorted(seen):
+            first.setdefault(rows[call], call)
             last[rows[call]] = call
-        ends = [call for call in lost if rows[call] and call > last.get(rows[call], len(rows))]
-        many = collections.Counter(rows[call] for call in ends)
-        return {call for call in ends if many[rows[call]] <= FRAMES_IN_FLIGHT}
+        ends = [(rows[call], call < last.get(rows[call], -1), call) for call in lost if rows[call]
+                and (call > last.get(rows[call], len(rows)) or (call < first.get(rows[call], -1) and not rows[call][2]))]
+        many = collections.Counter(end[:2] for end in ends)
+        # With a camera's last hand-overs goes one request more.
+        return {call for *its, call in ends if many[tuple(its)] <= FRAMES_IN_FLIGHT + (not its[0][2])}
 
     def __str__(self):
         return f"{self.kind}, {self.form} {'+'.join(self.modifiers)} {self.wrap}, {'/'.join(map(str, self.scenario))}"

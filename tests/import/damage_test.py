@@ -57,6 +57,14 @@ def calls_lost(pattern, *which):
     return damage
 
 
+def threads_lost_from(call, *patterns):
+    """Without what the threads of some messages log from a call on."""
+    def damage(whole):
+        gone = {whole[places(whole, pattern)[0]].tid for pattern in patterns}
+        return [record for record in whole if record.call < call or record.tid not in gone]
+    return damage
+
+
 def burst(first, last):
     """Without what lies from the first match of one pattern to the first match of the other after it."""
     def damage(whole):
@@ -185,6 +193,11 @@ CASES = {
     "head of a calculation without a match lost": (MORE, lost("oisCount", -1)),
     "first exposure lost": (TWO, burst("is_multiexp_mode:1", "cust_lsc_type:5")),
     "frame lost": (ONE, calls_lost("is_multiexp", 3)),
+    "frames up to the end lost": (ONE, calls_lost("is_multiexp", *range(3, 10))),
+    "frames of a monitor up to its end lost": (RESTARTED, calls_lost("is_multiexp", 2, 3)),
+    "last frame lost": (ONE, calls_lost("is_multiexp", 9)),
+    "a camera's frames up to the end lost": (TWO, threads_lost_from(20, "type = 5")),
+    "camera gone": (TWO, in_turn(threads_lost_from(20, "updateSensorData.*F:.1. TS", "type = 1"), lost("Stop sensorId:0"))),
     "all frames lost": (ONE, lost("CalcOIS|getData|getSensor|QuerySensor|fillLsc")),
 
     "registration lost": (TWO, lost("Register Sensor Monitor", 0)),
@@ -203,6 +216,7 @@ CASES = {
     "silence": (ONE, burst(HAND_OVER_4, "disableSensor")),
 
     "message cut": (ONE, changed(HAND_OVER_4, 0, ", queue size:4", "")),
+    "all lines cut": (ONE, lambda whole: [replace(record, text=record.text[:90]) for record in whole]),
     "line cut": (ONE, inserted(HAND_OVER_4, cut_head)),
     "lines dropped": (ONE, inserted(HAND_OVER_4, chatty)),
     "interrupted": (ONE, printed_again),

@@ -7,6 +7,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -125,6 +126,7 @@ struct OtpRead {
 struct Doubt {
     std::string text;
 };
+inline constexpr std::string_view kUnreadableMessage = "a message of the library that is cut or changed; left out";
 
 using CallData = std::variant<HandOver, Frame, RegisterCall, UnregisterCall, RollingShutter, OtpRead, OtpTableQueried,
                               IndexForced, Doubt>;

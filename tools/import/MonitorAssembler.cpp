@@ -1,6 +1,7 @@
 #include "tools/import/MonitorAssembler.h"
 
 #include <string>
+#include <utility>
 
 namespace replay::import {
 
@@ -18,13 +19,14 @@ void MonitorAssembler::take(const DeliveryStarted&, std::size_t line) {
     if (mOpen) {
         mOpen->deliveryStarted = true;
     } else {
-        mTimeline.doubt(line, "a monitor started; its registration is not in the capture");
+        mUnregistered = line;
     }
 }
 
 void MonitorAssembler::take(const Started& started, std::size_t line) {
     if (mOpen && call().sensor != started.sensor) letGo();
     if (!mOpen) {
+        mUnregistered.reset();  // told of here, by the sensor's name
         mTimeline.doubt(line, "sensor " + std::to_string(started.sensor) +
                                   ": its monitor started; its registration is not in the capture");
         mTimeline.add(line, RegisterCall{started.sensor, {}, true, true, false});
@@ -61,6 +63,9 @@ void MonitorAssembler::close() {
 }
 
 void MonitorAssembler::letGo() {
+    if (const auto line = std::exchange(mUnregistered, std::nullopt)) {
+        mTimeline.doubt(*line, "a monitor started; its registration is not in the capture");
+    }
     if (!mOpen) return;
     RegisterCall& registration = call();
     registration.started = !mOpen->stopped;

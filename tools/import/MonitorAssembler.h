@@ -33,6 +33,7 @@ private:
 
     Timeline& mTimeline;
     std::optional<Open> mOpen;
+    std::optional<std::size_t> mUnregistered;  // line of a start whose registration is missing
 };
 
 class OtpAssembler {

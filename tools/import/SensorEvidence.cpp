@@ -1,6 +1,8 @@
 #include "tools/import/SensorEvidence.h"
 
 #include <algorithm>
+#include <cmath>
+#include <iterator>
 #include <utility>
 
 #include "customer/aaa/aaa/lsc/OisSpan.h"
@@ -71,7 +73,11 @@ SensorEvidence::Gap SensorEvidence::gapOf(std::int64_t skipped, bool continuous,
     const std::int64_t all = skipped + static_cast<std::int64_t>(mEmpty);
     const std::string from = to_string(first);
     if (!forward) {
-        gap.doubt = "the frame numbers begin anew, and samples are missing";
+        const std::string next = to_string(nextLogged() + static_cast<std::uint32_t>(skipped));
+        const bool ahead = all >= 0 && all <= kMostSkipped;  // fewer hand-overs than there were without samples
+        gap.doubt = ahead ? "samples before frame " + next + " are missing"
+                          : "frame " + to_string(first - 1) + " is followed by frame " + next +
+                                ", and samples are missing; import joined recordings one by one";
     } else if (continuous) {
         gap.doubt =
             "the frame numbers skip " + to_string(all) + " from " + from + " on: hand-overs without samples, or none";
@@ -104,7 +110,13 @@ void SensorEvidence::follow(const HandOver& batch) {
         mPeriodNs = length / static_cast<double>(batch.samples.size() - 1);
     }
     if (!batch.updated) return;
-    mGiven.push_back({batch.updated->timestamp, batch.updated->frame});
+    double place = 0;
+    if (!mGiven.empty()) {
+        // A number that is skipped was lost, or had no samples.
+        const std::uint32_t step = batch.updated->frame - mGiven.back().frame;  // numbers wrap at 32 bits
+        place = mGiven.back().place + (step <= kMostSkipped ? step : 1);
+    }
+    mGiven.push_back({batch.updated->timestamp, batch.updated->frame, place});
     if (mGiven.size() > kGivenKept) mGiven.pop_front();
 }
 
@@ -178,26 +190,48 @@ std::optional<std::uint32_t> SensorEvidence::frameAt(std::uint64_t timestamp) co
     return found != mGiven.end() ? std::optional(found->frame) : std::nullopt;
 }
 
-SensorEvidence::Doubts SensorEvidence::asked(std::uint64_t sof) {
-    const std::uint64_t before = std::exchange(mAsked, sof);
-    if (before == 0 || sof <= before || mGiven.empty() || mGiven.front().timestamp > before) return {};
-    std::int64_t given = 0;
-    std::uint32_t last = mGiven.front().frame;
-    for (const Given& one : mGiven) {
-        // A number that is skipped was lost, or had no samples.
-        const std::uint32_t step = one.frame - last;
-        if (one.timestamp > before && one.timestamp <= sof) given += step <= kMostSkipped ? step : 1;
-        last = one.frame;
+// Between two hand-overs, and past the last one, frames come at an even pace.
+std::optional<double> SensorEvidence::placeOf(std::uint64_t time) const {
+    if (mGiven.empty() || time < mGiven.front().timestamp) return std::nullopt;
+    if (time == mGiven.front().timestamp) return mGiven.front().place;
+    auto next = std::ranges::find_if(mGiven, [time](const Given& given) { return given.timestamp > time; });
+    if (next == mGiven.end()) --next;
+    if (next == mGiven.begin()) return std::nullopt;
+    const Given& last = *std::prev(next);
+    if (next->timestamp <= last.timestamp) return last.place;
+    const double pace = (next->place - last.place) / static_cast<double>(next->timestamp - last.timestamp);
+    const double place = last.place + pace * static_cast<double>(time - last.timestamp);
+    // Farther ahead, the time is none of this sensor's.
+    return place <= mGiven.back().place + kMostSkipped ? std::optional(place) : std::nullopt;
+}
+
+std::size_t SensorEvidence::asked(std::uint64_t sof) {
+    const std::optional<double> place = placeOf(sof);
+    if (!place || (mAsked && *place <= *mAsked)) return 0;  // perhaps again
+    mDelay = std::max(mDelay, mGiven.back().place - *place);
+    const std::optional<double> before = std::exchange(mAsked, place);
+    if (!before) return 0;
+    const std::int64_t step = std::llround(*place - *before);
+    const std::int64_t missing = step - mUsualStep;
+    if (missing == mUsualStep || (step > 0 && missing < 0)) mUsualStep = step;
+    return missing > 0 ? static_cast<std::size_t>(missing) : 0;
+}
+
+std::size_t SensorEvidence::unasked() const {
+    if (!mAsked) return 0;
+    const std::int64_t late = std::llround(mGiven.back().place - *mAsked - mDelay);
+    // The next one was about to be.
+    return late > mUsualStep ? static_cast<std::size_t>(late) : 0;
+}
+
+double SensorEvidence::longestPeriodNs() const {
+    double longest = 0;
+    for (std::size_t i = 1; i < mGiven.size(); ++i) {
+        const double frames = mGiven[i].place - mGiven[i - 1].place;
+        const double length = static_cast<double>(mGiven[i].timestamp) - static_cast<double>(mGiven[i - 1].timestamp);
+        if (frames > 0) longest = std::max(longest, length / frames);
     }
-    if (given == 0) {
-        ++mAhead;
-        return {};
-    }
-    const std::int64_t missing = given - std::exchange(mAhead, 0) - mUsualStep;
-    if (given < mUsualStep || missing == mUsualStep) mUsualStep = given;
-    if (missing <= 0) return {};
-    return {to_string(missing) + (missing == 1 ? " frame" : " frames") +
-            " before it: handed over, but not asked for or lost"};
+    return longest;
 }
 
 }  // namespace replay::import

@@ -35,8 +35,17 @@ public:
     Doubts filed(const HandOver& batch, const SampleBuffer::Filing& filing, bool whole);
     // A query was made of a buffer that holds `total` samples.
     Doubts queried(const Query& query, std::size_t total);
-    // A frame that starts at `sof` (ns) was asked for.
-    Doubts asked(std::uint64_t sof);
+    // A frame that starts at `sof` (ns) was asked for. Returns how many before it ought to have been and were not.
+    std::size_t asked(std::uint64_t sof);
+    // No more frames are asked for. Returns how many ought to have been: those handed over longer ago than the time
+    // that passed until any other was asked for.
+    std::size_t unasked() const;
+
+    // The longest time (ns) from one of the last frames handed over to the next; 0: not known.
+    double longestPeriodNs() const;
+    // The time stamp of the last hand-over that had one; 0: none had.
+    std::uint64_t newestNs() const { return mGiven.empty() ? 0 : mGiven.back().timestamp; }
+    bool wasAsked() const { return mAsked.has_value(); }
 
     // Something of this sensor is known to be missing.
     void lost();
@@ -51,6 +60,7 @@ private:
     struct Given {
         std::uint64_t timestamp = 0;
         std::uint32_t frame = 0;
+        double place = 0;  // counts frames, also where the numbers begin anew
     };
 
     // The number that the next hand-over has in the log, if none is lost.
@@ -59,6 +69,7 @@ private:
     Gap gapOf(std::int64_t skipped, bool continuous, bool elsewhere) const;
     std::int64_t skippedBefore(const HandOver& batch) const;
     void follow(const HandOver& batch);
+    std::optional<double> placeOf(std::uint64_t time) const;
 
     std::optional<std::uint32_t> mFrame;  // of the last hand-over
     std::size_t mEmpty = 0;               // hand-overs without samples since
@@ -70,9 +81,9 @@ private:
     std::optional<std::int64_t> mShort;   // samples that the device had more, while doubtful
     bool mNewestSure = true;              // the newest batch is the device's
     std::deque<Given> mGiven;             // the last hand-overs, oldest first
-    std::uint64_t mAsked = 0;             // start of the last frame that was asked for
-    std::int64_t mAhead = 0;              // frames asked for without a hand-over of their own since
-    std::int64_t mUsualStep = 1;          // hand-overs from one frame asked for to the next
+    std::optional<double> mAsked;         // place of the last frame that was asked for
+    double mDelay = 0;                    // the most frames between one asked for and the newest hand-over
+    std::int64_t mUsualStep = 1;          // places from one frame asked for to the next
 };
 
 template <typename Others>

@@ -121,9 +121,9 @@ void SessionWriter::checkFrame(std::int32_t id, const Frame& frame) {
     const std::uint64_t start = frame.timing              ? frame.timing->sof
                                 : frame.exposures.empty() ? 0
                                                           : startOf(frame.exposures.front());
-    for (const std::string& doubt : sensor.evidence.asked(start)) {
-        ++mReport.framesLost;
-        hole(label + doubt);
+    if (const std::size_t missing = sensor.evidence.asked(start); missing != 0) {
+        countLost(missing);
+        hole(label + callsMissing(missing, "before it"));
     }
 }
 
@@ -140,6 +140,7 @@ void SessionWriter::write(Frame& frame) {
     const bool bare = !frame.timing && frame.exposures.empty() && !frame.written;
     if (!id || bare) {
         ++mReport.framesLost;
+        ++mLeftOut;
         return hole(bare ? "a frame without its timing and its calculations; left out"
                          : "a frame without its calculation, of which sensor nothing tells; left out");
     }

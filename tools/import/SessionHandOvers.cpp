@@ -50,7 +50,7 @@ std::optional<std::int32_t> SessionWriter::sensorOf(const HandOver& batch) {
         ++mReport.ambiguous;
         const auto frame = batch.frame();
         hole("the hand-over of " + (frame ? "frame " + to_string(*frame) : std::string("a frame")) +
-             " may be another sensor's; taken for sensor " + to_string(*choice.sensor));
+             " may belong to several sensors; given to sensor " + to_string(*choice.sensor));
     }
     return choice.sensor;
 }
@@ -131,6 +131,8 @@ void SessionWriter::write(HandOver& batch) {
     }
     if (!batch.frame() && !batch.emptyType) hole(label + "its frame number is assumed");
     const std::uint64_t timestamp = batch.updated ? batch.updated->timestamp : 0;
+    if (timestamp != 0) mNewestNs = timestamp;
+    sensor.lastLine = mLine;
     if (batch.emptyType) {
         sensor.evidence.filed(batch, {}, true);
         return update(*id, frame, timestamp, {});

@@ -130,10 +130,15 @@ std::string countOf(std::size_t count, std::string_view what) {
     return std::to_string(count).append(" ").append(what).append(count == 1 ? "" : "s");
 }
 
+std::string callsMissing(std::size_t count, std::string_view where) {
+    return (count == 1 ? "the call for " : "the calls for ") + countOf(count, "frame").append(" ").append(where) +
+           (count == 1 ? " is missing, or was not made" : " are missing, or were not made");
+}
+
 std::string sessionHead(const std::string& name, const Settings& settings) {
     std::string head = "# Made from the log " + inComment(name) + "\n";
     head += kLost;
-    if (!settings.everySample) head += "# No samples: the log was not made with customer log level 4.\n";
+    if (!settings.everySample) head += "# No samples of hand-overs are in the log.\n";
     head += "{\"platform\":\"log\",\"mode\":1,\"details_level\":5,\"details_mask\":\"0x821000\"}\n";
     if (settings.everySample) head += propertyLine("vendor.tarvo.3a.lscutil.log", kEverySampleLevel);
     if (settings.calculationMode != 0) {

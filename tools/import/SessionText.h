@@ -32,6 +32,8 @@ std::string inComment(std::string text);
 
 // "1 sample", "2 samples".
 std::string countOf(std::size_t count, std::string_view what);
+// That the calls for `count` frames are, as a notice.
+std::string callsMissing(std::size_t count, std::string_view where);
 
 // What the session sets before the first call.
 struct Settings {

@@ -35,6 +35,11 @@ void SessionWriter::hole(const std::string& text) {
     mReport.notice(mLine, text);
 }
 
+void SessionWriter::write(const Doubt& doubt) {
+    if (doubt.text == kUnreadableMessage) ++mUnreadable;
+    hole(doubt.text);
+}
+
 void SessionWriter::flush(bool all) {
     // Properties must be set before the first call.
     if (!mHeadWritten && !mMode && !all && mBody.size() < kMostBody) return;
@@ -46,33 +51,6 @@ void SessionWriter::flush(bool all) {
     }
     mSink(mBody);
     mBody.clear();
-}
-
-void SessionWriter::finish() {
-    for (const auto& [pid, count] : mFacts.otherProcesses) {
-        mReport.general(countOf(count, "message") + " of process " + to_string(pid) + " left out; --pid " +
-                        to_string(pid) + " imports them");
-    }
-    if (!mFacts.sawSamples) {
-        mReport.general(
-            "the samples handed over are not in the log: set vendor.tarvo.3a.lscutil.log to 4 and restart the camera "
-            "service (docs/workbench.md)");
-    }
-    if (mFacts.bareLines != 0) {
-        mReport.general(countOf(mFacts.bareLines, "message") +
-                        " without a tag left out: the forms raw and thread have none; record with -v threadtime");
-    }
-    if (!mFacts.sawThreads && mSensors.size() > 1) {
-        mReport.general("the form of the log names no threads, and there are " + to_string(mSensors.size()) +
-                        " sensors: messages were told apart by what they say; record with -v threadtime");
-    }
-    if (mReport.nobodys != 0) {
-        mReport.general(countOf(mReport.nobodys, "hand-over") +
-                        " of a sensor that no message names left out; record from before the camera opens");
-    }
-    if (mReport.frames != 0 && !mMode && mFacts.sawListings) {
-        mReport.general("no position tells the calculation mode; 0 is assumed");
-    }
 }
 
 // ---- Sensors
@@ -130,6 +108,8 @@ void SessionWriter::write(const RegisterCall& call) {
 
 void SessionWriter::write(const UnregisterCall& call) {
     Sensor& sensor = sensorAt(call.sensor);
+    if (sensor.registered) checkAsked(call.sensor);
+    if (sensor.registered && call.left) checkSilence(call.sensor, true);
     line(callLine("UnRegisterSensorMonitor", call.sensor, {}));
     sensor.registered = false;
     sensor.buffer.clear();

@@ -45,6 +45,7 @@ private:
         SampleBuffer buffer;
         SensorEvidence evidence;
         std::uint64_t lastStartUs = 0;  // of the frame asked for last
+        std::size_t lastLine = 0;       // of the capture, of the last hand-over
     };
 
     // What the session gives for an exposure.
@@ -62,7 +63,7 @@ private:
     void write(const OtpRead& call);
     void write(const OtpTableQueried& call);
     void write(const IndexForced& call);
-    void write(const Doubt& doubt) { hole(doubt.text); }
+    void write(const Doubt& doubt);
 
     // Hand-overs
     std::optional<std::int32_t> sensorOf(const HandOver& batch);
@@ -86,6 +87,15 @@ private:
     void writeExpectation(std::int32_t id, const Frame& frame, std::uint32_t type, std::string_view position);
     std::string labelOf(std::int32_t id, const Frame& frame) const;
 
+    // Ends
+    void finish();
+    void adviseOnForm();
+    void adviseOnLosses();
+    void countLost(std::size_t frames);
+    void checkAsked(std::int32_t id);
+    double silentFrames(std::int32_t id) const;
+    void checkSilence(std::int32_t id, bool ended);
+
     // Sensors
     Sensor& sensorAt(std::int32_t id);
     void writeSensor(std::int32_t id);
@@ -95,7 +105,6 @@ private:
     void line(std::string_view text) { mBody.append(text).append("\n"); }
     void hole(const std::string& text);
     void flush(bool all);
-    void finish();
 
     const std::string mName;
     const CaptureFacts& mFacts;
@@ -107,6 +116,9 @@ private:
     std::map<std::size_t, std::set<std::int32_t>> mSensorsOfLane;
     std::map<std::size_t, std::int32_t> mLastOfLane;  // whose frame was asked for last
     std::deque<std::uint32_t> mFrameNumbers;          // of the last hand-overs of all sensors
+    std::uint64_t mNewestNs = 0;                      // time stamp of the last hand-over of all sensors
+    std::size_t mLeftOut = 0;                         // frames since some were last counted as missing
+    std::size_t mUnreadable = 0;                      // messages
     Settings mSettings;
     std::optional<std::int32_t> mMode;
     bool mHeadWritten = false;

@@ -22,6 +22,16 @@ concept TakesAgain = requires(Assembler a, const T& event) {
     a.takeAgain(event, std::size_t{});
 };
 
+template <typename... Ts>
+bool isOneOf(const Event& event) {
+    return (std::holds_alternative<Ts>(event) || ...);
+}
+
+// The only message of its call: two of them are two calls.
+bool isCall(const Event& event) {
+    return isOneOf<BatchEmpty, RollingShutter, OtpTableQueried, IndexForced>(event);
+}
+
 // The whole number in front of " lines", as chatty ends its messages; 0 when there is none.
 std::uint64_t lostLines(std::string_view text) {
     const std::size_t end = text.find(" line");
@@ -152,9 +162,8 @@ void CaptureReader::addMessage(const LogLine& line) {
     mFacts.sawThreads = mFacts.sawThreads || line.tid.has_value();
     const Event event = parseMessage(line.text);
     // No call issues the same message twice in a row.
-    if (lane.lastText == line.text && lane.lastTime == line.time) {
-        ++mFacts.doubledLines;
-        return lane.takeAgain(event, mFacts.lines);
+    if (lane.lastText == line.text && lane.lastTime == line.time && (mDoubles || !isCall(event))) {
+        return addDoubled(event, lane);
     }
     lane.lastText = line.text;
     lane.lastTime = line.time;
@@ -176,6 +185,16 @@ void CaptureReader::addMessage(const LogLine& line) {
             }
         },
         event);
+}
+
+void CaptureReader::addDoubled(const Event& event, Lane& lane) {
+    ++mFacts.doubledLines;
+    // Concurrent calls of sensors whose threads are not known never mix these.
+    mDoubles = mDoubles || isOneOf<SampleReceived, BatchUpdated, Registered>(event);
+    if (std::holds_alternative<BatchEmpty>(event)) {
+        mTimeline.doubt(mFacts.lines, "a hand-over without samples, twice like other lines of this log; taken for one");
+    }
+    lane.takeAgain(event, mFacts.lines);
 }
 
 void CaptureReader::listen(const Event& event, std::string_view clock) {

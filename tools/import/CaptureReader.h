@@ -54,6 +54,7 @@ private:
     void addForeign(std::string_view line, const std::optional<LogLine>& record);
     void addChatty(const LogLine& line);
     void addMessage(const LogLine& line);
+    void addDoubled(const Event& event, Lane& lane);
     bool isRepeated(const LogLine& line);
     void listen(const Event& event, std::string_view clock);
     void letGo();
@@ -65,6 +66,7 @@ private:
     std::map<std::uint32_t, std::unique_ptr<Lane>> mLanes;  // by thread id, or by process id where none is known
     Lane* mLastLane = nullptr;
     std::uint32_t mLastId = 0;
+    bool mDoubles = false;  // the log prints lines twice
     RepeatFilter mRepeats;
     Silence mSilence;
 };

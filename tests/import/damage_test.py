@@ -94,6 +94,10 @@ def printed_again(whole):
     return whole[:at] + again + whole[at:]
 
 
+def printed_twice(whole):
+    return whole + whole
+
+
 def two_logs(whole):
     at = places(whole, HAND_OVER_4)[0]
     return whole[at:] + whole[:at]
@@ -213,6 +217,7 @@ CASES = {
     "two processes, none of them": (ONE, process_after, {"options": ("--pid", "12")}),
     "brief": (TWO, same, {"form": "brief"}),
     "brief, one camera": (ONE, same, {"form": "brief"}),
+    "brief, twice": (ONE, printed_twice, {"form": "brief"}),
     "raw": (ONE, bare),
     "raw in part": (ONE, lambda whole: whole[:600] + bare(whole[600:610]) + whole[610:]),
     "other lines": (ONE, lambda whole: ["--------- beginning of main"]),
@@ -279,8 +284,8 @@ class Damage(ToolTest):
                  "lsc_replay: capture: an archive without a .txt or .log file at its top\n"),
                 ("program", "-", b"\x7fELF\0", 1,
                  "lsc_replay: standard input: is neither text nor compressed in a known way\n"),
-                ("other lines", "-", b"--------- beginning of main\n", 1,
-                 "lsc_replay: standard input:1: no message of the library in this file; ")):
+                ("other lines", "-", b"--------- beginning of main\n", 2,
+                 "standard input:1: no message of the library in this file; ")):
             with self.subTest(name), open(self.write("capture", data), "rb") as stream:
                 done = self.run_command([*REPLAY, "import", argument, "-o", "s.jsonl"], status, stdin=stream)
                 self.assertEqual(done.stderr[:len(message)], message)

@@ -1,5 +1,6 @@
 #include "tools/import/CaptureReader.h"
 
+#include <algorithm>
 #include <type_traits>
 #include <variant>
 
@@ -167,6 +168,7 @@ void CaptureReader::addMessage(const LogLine& line) {
     }
     lane.lastText = line.text;
     lane.lastTime = line.time;
+    if (const auto* const batch = std::get_if<BatchUpdated>(&event); batch && line.time.empty()) watchTimes(*batch);
     listen(event, line.time);
     std::visit(
         [&](const auto& its) {
@@ -195,6 +197,19 @@ void CaptureReader::addDoubled(const Event& event, Lane& lane) {
         mTimeline.doubt(mFacts.lines, "a hand-over without samples, twice like other lines of this log; taken for one");
     }
     lane.takeAgain(event, mFacts.lines);
+}
+
+void CaptureReader::watchTimes(const BatchUpdated& batch) {
+    constexpr std::uint64_t kBackMs = 250;  // hand-overs of concurrent cameras lie nearer
+    constexpr std::uint64_t kNsPerMs = 1000000;
+    if (batch.count == 0) return;
+    const bool back = batch.last < mNewestNs && (mNewestNs - batch.last) / kNsPerMs > kBackMs;
+    if (back) {
+        mTimeline.doubt(mFacts.lines, "samples run back by " + std::to_string((mNewestNs - batch.last) / kNsPerMs) +
+                                          " ms: the log was printed twice, which then counts twice, or the device "
+                                          "restarted; import either part alone, or record with -v threadtime");
+    }
+    mNewestNs = back ? batch.last : std::max(mNewestNs, batch.last);
 }
 
 void CaptureReader::listen(const Event& event, std::string_view clock) {

@@ -57,6 +57,7 @@ private:
     void addDoubled(const Event& event, Lane& lane);
     bool isRepeated(const LogLine& line);
     void listen(const Event& event, std::string_view clock);
+    void watchTimes(const BatchUpdated& batch);
     void letGo();
     Lane& laneOf(const LogLine& line);
 
@@ -66,7 +67,8 @@ private:
     std::map<std::uint32_t, std::unique_ptr<Lane>> mLanes;  // by thread id, or by process id where none is known
     Lane* mLastLane = nullptr;
     std::uint32_t mLastId = 0;
-    bool mDoubles = false;  // the log prints lines twice
+    std::uint64_t mNewestNs = 0;  // of the samples handed over, where lines have no clock
+    bool mDoubles = false;        // the log prints lines twice
     RepeatFilter mRepeats;
     Silence mSilence;
 };

@@ -30,7 +30,7 @@ bool isOneOf(const Event& event) {
 
 // The only message of its call: two of them are two calls.
 bool isCall(const Event& event) {
-    return isOneOf<BatchEmpty, RollingShutter, OtpTableQueried, IndexForced>(event);
+    return isOneOf<BatchEmpty, RollingShutter, OtpTableQueried, IndexForced, Refused>(event);
 }
 
 // The whole number in front of " lines", as chatty ends its messages; 0 when there is none.
@@ -123,29 +123,55 @@ void CaptureReader::addForeign(std::string_view text, const std::optional<LogLin
 }
 
 void CaptureReader::addChatty(const LogLine& line) {
-    mTimeline.doubt(mFacts.lines,
-                    std::to_string(lostLines(line.text)) + " lines of the process were dropped by the log (chatty)");
+    const std::uint64_t count = lostLines(line.text);
+    if (line.text.find(" identical ") != std::string_view::npos) return repeatLast(laneOf(line), count);
+    mTimeline.doubt(mFacts.lines, std::to_string(count) + " lines " +
+                                      (line.pid ? "of the process" : "of a process that this form does not name") +
+                                      " were dropped by the log (chatty)");
+}
+
+void CaptureReader::repeatLast(Lane& lane, std::uint64_t times) {
+    constexpr std::uint64_t kMost = 1000;  // more than a log holds of one second
+    const Event event = parseMessage(lane.lastText);
+    if (!isCall(event)) return;
+    if (times > kMost) {
+        return mTimeline.doubt(mFacts.lines,
+                               "a call that the log repeats " + std::to_string(times) + " times (chatty); left out");
+    }
+    for (std::uint64_t i = 0; i < times; ++i)
+        addEvent(event, lane);
 }
 
 bool CaptureReader::isRepeated(const LogLine& line) {
     using Verdict = RepeatFilter::Verdict;
     const std::string before = mRepeats.clock();
-    switch (mRepeats.check(line)) {
+    const Verdict verdict = mRepeats.check(line);
+    if (verdict != Verdict::kLate) tellLate();
+    switch (verdict) {
         case Verdict::kRepeated:
             if (mFacts.repeatedLines++ == 0) {
                 mTimeline.doubt(mFacts.lines, "lines from here on were there before: the recording was interrupted");
             }
             return true;
         case Verdict::kLate:
-            mTimeline.doubt(mFacts.lines, "a line among repeated ones that was not there before; left out");
+            if (mLate++ == 0) mFirstLate = mFacts.lines;
             return true;
         case Verdict::kBack:
-            mTimeline.doubt(mFacts.lines, "the log's clock runs back, from " + before + " to " +
-                                              std::string(line.time) + ": parts of several logs, or in another order");
+            mTimeline.doubt(
+                mFacts.lines,
+                "the log's clock runs back, from " + before + " to " + std::string(line.time) +
+                    ": parts of several logs, or in another order; import each log alone, its parts in order");
             return false;
         default:
             return false;
     }
+}
+
+void CaptureReader::tellLate() {
+    if (mLate == 0) return;
+    mTimeline.doubt(mFirstLate, std::to_string(mLate) + (mLate == 1 ? " line" : " lines") +
+                                    " among repeated ones, not there before; left out");
+    mLate = 0;
 }
 
 CaptureReader::Lane& CaptureReader::laneOf(const LogLine& line) {
@@ -170,6 +196,10 @@ void CaptureReader::addMessage(const LogLine& line) {
     lane.lastTime = line.time;
     if (const auto* const batch = std::get_if<BatchUpdated>(&event); batch && line.time.empty()) watchTimes(*batch);
     listen(event, line.time);
+    addEvent(event, lane);
+}
+
+void CaptureReader::addEvent(const Event& event, Lane& lane) {
     std::visit(
         [&](const auto& its) {
             using T = std::decay_t<decltype(its)>;
@@ -177,6 +207,9 @@ void CaptureReader::addMessage(const LogLine& line) {
             if constexpr (std::is_same_v<T, SampleUsed>) mFacts.sawListings = true;
             if constexpr (std::is_same_v<T, BatchUpdated>) mFacts.sawHandOvers = true;
             if constexpr (std::is_same_v<T, Timing>) mFacts.sawFrames = true;
+            if constexpr (std::is_same_v<T, Refused>) {
+                if (mFacts.refused++ == 0) mFacts.refusedSensor = its.sensor;
+            }
             if constexpr (std::is_same_v<T, Unreadable>) {
                 mTimeline.doubt(mFacts.lines, "a message of the library that is cut or changed; left out");
             } else if constexpr (std::is_same_v<T, RollingShutter> || std::is_same_v<T, OtpTableQueried> ||
@@ -234,6 +267,7 @@ void CaptureReader::letGo() {
 }
 
 void CaptureReader::finish() {
+    tellLate();
     letGo();
 }
 

@@ -66,6 +66,11 @@ void SessionWriter::finish() {
         mReport.general("the form of the log names no threads, and there are " + to_string(mSensors.size()) +
                         " sensors: messages were told apart by what they say; record with -v threadtime");
     }
+    if (mFacts.refused != 0) {
+        mReport.general(countOf(mFacts.refused, "call") +
+                        " for a sensor that the library refuses left out, the first for sensor " +
+                        to_string(mFacts.refusedSensor) + "; they change nothing");
+    }
     if (mReport.nobodys != 0) {
         mReport.general(countOf(mReport.nobodys, "hand-over") +
                         " of a sensor that no message names left out; record from before the camera opens");

@@ -119,9 +119,9 @@ bool Attribution::Track::mayPrecede(const HandOver& batch) const {
 }
 
 std::int64_t Attribution::Track::owed(const HandOver& batch) const {
-    if (batch.frame() == 0U) return 0;
+    if (!frame) return batch.frame() == 0U ? 0 : -1;
     const std::int64_t skip = skipped(batch);
-    if (!frame || !batch.frame() || skip < 0) return -1;
+    if (!batch.frame() || skip < 0) return -1;
     return std::max<std::int64_t>(skip - usualSkip, 0);
 }
 

@@ -124,7 +124,10 @@ void CaptureReader::addForeign(std::string_view text, const std::optional<LogLin
 
 void CaptureReader::addChatty(const LogLine& line) {
     const std::uint64_t count = lostLines(line.text);
-    if (line.text.find(" identical ") != std::string_view::npos) return repeatLast(laneOf(line), count);
+    if (line.text.find(" identical ") != std::string_view::npos) {
+        if (!isRepeated(line)) repeatLast(laneOf(line), count);
+        return;
+    }
     mTimeline.doubt(mFacts.lines, std::to_string(count) + " lines " +
                                       (line.pid ? "of the process" : "of a process that this form does not name") +
                                       " were dropped by the log (chatty)");

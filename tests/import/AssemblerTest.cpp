@@ -40,6 +40,7 @@ Messages interleaved(const Messages& a, const Messages& b) {
 TEST(Assemblers, MakeHandOvers) {
     const Messages whole = handOver(40, 3, 1000, 3);
     const Messages next = handOver(41, 4, 4000, 2);
+    const Messages empty{{"[updateSensorData] no sensor data for type 5"}};
     const std::string split = "[pushValue] split data frameNumber: 41 lastData:3 data:2 splitTime:3500000";
     check({
         {"whole", joined({whole, next}), "3:F40 2:F41"},
@@ -52,7 +53,10 @@ TEST(Assemblers, MakeHandOvers) {
         {"from one into the next", joined({{whole[0], whole[1]}, {next[2], next[3]}}), "2:F41"},
         {"split", {next[0], next[1], {split}, next[2], next[3]}, "2:F41/"},
         {"split, and the next one's", {next[0], {split}, {filed(42, 1, 5, 5)}}, "1:F41/! 0:F42!"},
-        {"empty", joined({{{"[updateSensorData] no sensor data for type 5"}}, whole}), "E5 3:F40"},
+        {"empty", joined({empty, whole}), "E5 3:F40"},
+        {"empty twice", mixed(joined({empty, empty, whole})), "E5 E5 3:F40"},
+        {"printed twice", mixed(interleaved(joined({whole, empty}), joined({whole, empty}))),
+         "3:F40 E5 \"a hand-over without samples, twice like other lines of this log; taken for one\""},
         {"of two threads",
          {{whole[0].text, 1}, {next[0].text, 2}, {whole[4].text, 1}, {next[3].text, 2}},
          "1:F40 1:F41"},

@@ -108,6 +108,33 @@ TEST_F(Cameras, WithoutSamplesAreTheirThreadsWhereNoNumberTells) {
     }
 }
 
+TEST_F(Cameras, WithoutSamplesAreTheirThreadsWhateverNumbersSay) {
+    HandOver empty;
+    empty.emptyType = 5;
+    empty.lane = 2;
+    EXPECT_EQ(taken(voted(batch(1, 0, 3, 1, 1), listing(1, 0, 3))), 1);
+    for (std::uint32_t i = 0; i < 6; ++i)
+        ahead.add(i, voted(batch(i + 2, 10 * i, 70, i + 1, 2), listing(0, 10 * i, 70)));
+    ahead.add(9, voted(batch(4, 30, 3, 4, 1), listing(1, 30, 3)));  // skips 2
+    EXPECT_EQ(taken(empty), 0);                                     // its first one
+}
+
+TEST_F(Cameras, WithoutSamplesAreMissingNowhere) {
+    EXPECT_EQ(taken(voted(batch(1, 0, 3, 1), listing(1, 0, 3))), 1);
+    EXPECT_EQ(taken(voted(batch(1, 0, 70, 1), listing(0, 0, 70))), 0);
+    HandOver empty;
+    empty.emptyType = 5;
+    ahead.add(2, voted(batch(3, 20, 3, 2), listing(1, 20, 3)));
+    ahead.add(3, empty);
+    ahead.add(4, voted(batch(3, 20, 70, 2), listing(0, 20, 70)));
+    EXPECT_EQ(taken(empty), 1);  // there is no other for what its next number skips
+    ahead.take();
+    EXPECT_EQ(taken(voted(batch(3, 20, 3, 2), listing(1, 20, 3))), 1);
+    ahead.take();
+    EXPECT_EQ(taken(empty), 0);
+    EXPECT_EQ(taken(empty), 1);  // the number of the other one skips no more
+}
+
 TEST_F(Cameras, AreNeverSureWithMoreMonitorsThanADeviceHasCameras) {
     for (std::int32_t sensor = 2; sensor < 1000; ++sensor)
         attribution.registered(sensor, 5);

@@ -43,6 +43,22 @@ TEST(Lines, AreTheSameInEveryEncodingAndPiece) {
     EXPECT_THAT(linesOf("", 1), ElementsAre());
 }
 
+TEST(Lines, MayChangeTheirEncoding) {
+    const std::string narrow = "11-22 10:00:00.000  99  7\n";
+    const std::u16string wide = u"11-22 10:00\r\n\u4E2D\u6587\u4E2D\r\n";
+    const auto first = testing::ElementsAre("11-22 10:00", "中文中", narrow.substr(0, 25), narrow.substr(0, 25));
+    for (std::size_t step = 1; step < 8; ++step) {
+        for (const bool little : {true, false}) {
+            const std::string mark = utf16(u"\uFEFF", little);
+            EXPECT_THAT(linesOf(mark + utf16(wide, little) + narrow + narrow, step), first);
+            EXPECT_THAT(linesOf(mark + utf16(wide, little) + "\xEF\xBB\xBF" + narrow + narrow, step), first);
+            for (const std::string& between : {std::string(), mark})
+                EXPECT_EQ(linesOf(narrow + between + utf16(u"end\r\n", little), step)[1], "end");
+        }
+        EXPECT_EQ(linesOf(narrow + "\xEF\xBB\xBF" + narrow, step)[1], narrow.substr(0, 25));
+    }
+}
+
 TEST(Lines, BeyondTheLimitAreCut) {
     const std::string text(3 * LineSplitter::kMaxLine, 'x');
     EXPECT_EQ(linesOf(text + "\nnext", 1000)[0].size(), LineSplitter::kMaxLine);

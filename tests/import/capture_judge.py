@@ -79,6 +79,12 @@ def exact_in(said):
     return int(found.group(1)) if found else None
 
 
+def only_untold(said):
+    """Whether nothing is said but whose hand-overs without samples, which decide no position, may be several cameras'."""
+    rest = re.sub(r".*: \d+ holes?\n|  line .*: a hand-over without samples, of which sensor nothing tells.*\n", "", said)
+    return ": " not in rest
+
+
 @dataclass
 class Verdict:
     faults: list  # each a text that begins with its kind
@@ -110,7 +116,7 @@ def judge(expected, made, complete, must_say, may_say=False):
     if not complete and not spoke and made.positions - expected.positions:
         faults.append(f"misled: {(made.positions - expected.positions).total()} positions differ, nothing is said")
     if complete and spoke and not may_say:
-        faults.append(f"noise: {made.said.strip()[:300]}")
+        faults.append(f"{'ambiguous' if only_untold(made.said) else 'noise'}: {made.said.strip()[:300]}")
     exact = exact_in(made.said)
     if exact is not None and exact > true:
         faults.append(f"boast: {exact} exposures said to be exact, {true} are")

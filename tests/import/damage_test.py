@@ -4,13 +4,16 @@
 Each case damages a small capture in one way. All that the import says is compared with the file beside this one. With
 UPDATE=1 in the environment it is written to the file instead; read it before you commit it.
 """
+import calendar
 import difflib
 import functools
+import io
 import json
 import os
 import pathlib
 import re
 import subprocess
+import tarfile
 import unittest
 from dataclasses import replace
 
@@ -21,6 +24,7 @@ from tool import REPLAY, ToolTest
 
 HAND_OVER_4 = r"F:\(4\) TS"  # its last message
 GOLDEN = pathlib.Path(__file__).with_suffix(".txt")
+NEW_YEAR = calendar.timegm((2027, 1, 1, 0, 0, 0)) * 10 ** 9
 MOST_CHANGED = 20  # lines of a session that are shown
 
 # ---- Damages: each takes a capture's records and gives those that are left
@@ -102,6 +106,10 @@ def printed_again(whole):
     return whole[:at] + again + whole[at:]
 
 
+def printed_twice(whole):
+    return whole + whole
+
+
 def two_logs(whole):
     at = places(whole, HAND_OVER_4)[0]
     return whole[at:] + whole[:at]
@@ -117,6 +125,20 @@ def cut_head(record):
 
 def chatty(record):
     return replace(record, tag="chatty", priority="I", text="uid=1047(cameraserver) Binder:1_2 expire 12 lines")
+
+
+def refused(record):
+    return replace(record, text="[IsSupportFeature] sensorId(14) is invalid !!! (IsSupportFeature){#61:a.cpp}")
+
+
+def identical(record):
+    return replace(record, tag="chatty", priority="I", text="uid=1047(cameraserver) Binder:1_2 identical 2 lines")
+
+
+def new_year(whole):
+    """The log goes on into January, and its form names no year."""
+    begin = whole[places(whole, HAND_OVER_4)[0]].time
+    return [replace(record, time=record.time - begin + NEW_YEAR) for record in whole]
 
 
 def bare(whole):
@@ -219,6 +241,12 @@ CASES = {
     "all lines cut": (ONE, lambda whole: [replace(record, text=record.text[:90]) for record in whole]),
     "line cut": (ONE, inserted(HAND_OVER_4, cut_head)),
     "lines dropped": (ONE, inserted(HAND_OVER_4, chatty)),
+    "lines dropped, of which process nothing tells": (ONE, inserted(HAND_OVER_4, chatty), {"form": "tag"}),
+    "identical lines": (ONE, inserted(HAND_OVER_4, identical)),
+    "identical hand-overs without samples": (
+        {**ONE, "empty": (5, 6, 7, 8)}, in_turn(inserted("no sensor data", identical), lost("no sensor data", 1, 2))),
+    "refused sensor": (ONE, in_turn(inserted(HAND_OVER_4, refused), inserted(HAND_OVER_4, refused))),
+    "new year": (ONE, new_year),
     "interrupted": (ONE, printed_again),
     "two logs": (ONE, two_logs),
     "every ninth line lost": (TWO, lambda whole: [record for i, record in enumerate(whole) if i % 9]),
@@ -227,6 +255,7 @@ CASES = {
     "two processes, none of them": (ONE, process_after, {"options": ("--pid", "12")}),
     "brief": (TWO, same, {"form": "brief"}),
     "brief, one camera": (ONE, same, {"form": "brief"}),
+    "brief, twice": (ONE, printed_twice, {"form": "brief"}),
     "raw": (ONE, bare),
     "raw in part": (ONE, lambda whole: whole[:600] + bare(whole[600:610]) + whole[610:]),
     "other lines": (ONE, lambda whole: ["--------- beginning of main"]),
@@ -239,6 +268,15 @@ def shown(line):
         return re.sub("0{9,}", lambda zeros: f"0*{len(zeros[0])}", line)
     data = json.loads(line)["data"]
     return f"{line.split(',')[0]}: {len(data)} from {data[0][0]} to {data[-1][0]}"
+
+
+def tarred(log, name):
+    archive = io.BytesIO()
+    with tarfile.open(fileobj=archive, mode="w") as tar:
+        about = tarfile.TarInfo(name)
+        about.size = len(log)
+        tar.addfile(about, io.BytesIO(log))
+    return archive.getvalue()
 
 
 class Damage(ToolTest):
@@ -286,6 +324,9 @@ class Damage(ToolTest):
         said = "messages of the library                                  2172"
         for name, argument, data, status, message in (
                 ("gzip", "capture", packed, 0, said), ("bug report", "-", archive, 0, said),
+                ("tar", "-", WRAPS["gzip"](tarred(log, "./logcat.txt")), 0, said),
+                ("tar without a log", "capture", tarred(log, "logcat"), 1,
+                 "lsc_replay: capture: an archive without a .txt or .log file at its top\n"),
                 ("UTF-16", "capture", WRAPS["utf16be"](log), 0, said),
                 ("cut", "capture", packed[:-2000], 1, "lsc_replay: capture: cannot be unpacked: "),
                 ("bug report cut", "-", archive[:-2000], 1, "lsc_replay: standard input: cannot be unpacked: "),
@@ -294,7 +335,7 @@ class Damage(ToolTest):
                 ("program", "-", b"\x7fELF\0", 1,
                  "lsc_replay: standard input: is neither text nor compressed in a known way\n"),
                 ("other lines", "-", b"--------- beginning of main\n", 2,
-                 "lsc_replay: standard input:1: no message of the library in this file; ")):
+                 "standard input:1: no message of the library in this file; ")):
             with self.subTest(name), open(self.write("capture", data), "rb") as stream:
                 done = self.run_command([*REPLAY, "import", argument, "-o", "s.jsonl"], status, stdin=stream)
                 self.assertEqual(done.stderr[:len(message)], message)

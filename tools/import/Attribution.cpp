@@ -49,16 +49,6 @@ double distanceToFirst(const HandOver& batch) {
     return batch.updated && batch.updated->queue > 1 ? kMost : kContinues;
 }
 
-std::optional<std::int32_t> listedBy(const HandOver& batch) {
-    std::optional<std::int32_t> sensor;
-    for (const auto& [id, votes] : batch.votes) {
-        if (votes.listed == 0) continue;
-        if (sensor) return std::nullopt;
-        sensor = id;
-    }
-    return sensor;
-}
-
 }  // namespace
 
 // ---- Tracks
@@ -69,6 +59,11 @@ void Attribution::Track::follow(const HandOver& batch) {
     if (batch.emptyType) {
         ++empty;
         return;
+    }
+    if (const std::int64_t skip = skipped(batch); empty == 0 && frame) {
+        // Twice in a row: a hand-over without samples, taken for another sensor's, skips a number, too.
+        usualSkip = std::max<std::int64_t>(std::min(skip, lastSkip), 0);
+        lastSkip = skip;
     }
     empty = 0;
     frame = batch.frame();
@@ -119,6 +114,17 @@ std::int64_t Attribution::Track::skipped(const HandOver& batch) const {
     return static_cast<std::int32_t>(*batch.frame() - (*frame + 1 + static_cast<std::uint32_t>(empty)));
 }
 
+bool Attribution::Track::mayPrecede(const HandOver& batch) const {
+    return frame && distanceBut(batch) <= kContinues;
+}
+
+std::int64_t Attribution::Track::owed(const HandOver& batch) const {
+    if (!frame) return batch.frame() == 0U ? 0 : -1;
+    const std::int64_t skip = skipped(batch);
+    if (!batch.frame() || skip < 0) return -1;
+    return std::max<std::int64_t>(skip - usualSkip, 0);
+}
+
 double Attribution::Track::distance(const HandOver& batch) const {
     if (batch.emptyType) return lane != batch.lane ? kOtherThread : 0;
     return distanceBut(batch) + (skipped(batch) != 0 ? kOtherFrame : 0);
@@ -128,6 +134,11 @@ double Attribution::Track::distance(const HandOver& batch) const {
 
 void Attribution::registered(std::int32_t sensor, std::int32_t type) {
     mMonitors.try_emplace(sensor).first->second.type = type;
+}
+
+void Attribution::filed(std::int32_t sensor, const HandOver& batch) {
+    mMonitors[sensor].track.follow(batch);
+    if (!batch.emptyType) ++mUses[{batch.lane, sensor}];
 }
 
 Attribution::Sensors Attribution::candidates(const HandOver& batch) const {
@@ -154,7 +165,7 @@ std::optional<std::int32_t> Attribution::followed(const HandOver& batch, const S
     for (const Call& call : ahead.calls()) {
         const auto* const next = std::get_if<HandOver>(&call.data);
         if (next == nullptr || next->emptyType || track.distance(*next) > kContinues) continue;
-        const std::optional<std::int32_t> sensor = listedBy(*next);
+        const std::optional<std::int32_t> sensor = next->listedBy();
         if (sensor && std::ranges::find(among, *sensor) != among.end()) return sensor;
         track.follow(*next);
     }
@@ -166,44 +177,14 @@ bool Attribution::beginsLater(std::int32_t sensor, const Timeline& ahead) const 
     if (mMonitors.at(sensor).track.begun) return false;
     return std::ranges::any_of(ahead.calls(), [&](const Call& call) {
         const auto* const next = std::get_if<HandOver>(&call.data);
-        return next != nullptr && framesHeld(*next) == 1 && listedBy(*next) == sensor;
+        return next != nullptr && framesHeld(*next) == 1 && next->listedBy() == sensor;
     });
-}
-
-// How many numbers the next hand-over of a sensor skips; -1 when nothing tells.
-std::int64_t Attribution::skippedNext(std::int32_t sensor, const Timeline& ahead) const {
-    const Track& track = mMonitors.at(sensor).track;
-    if (!track.begun) return -1;
-    for (const Call& call : ahead.calls()) {
-        const auto* const next = std::get_if<HandOver>(&call.data);
-        if (next == nullptr || next->emptyType) continue;
-        const std::optional<std::int32_t> its = listedBy(*next);
-        if (its ? *its == sensor : track.distanceBut(*next) <= kContinues) return track.skipped(*next);
-    }
-    return -1;
-}
-
-// A hand-over without samples shows in the number of the next one alone.
-Attribution::Choice Attribution::chooseEmpty(const Sensors& among, const HandOver& batch, const Timeline& ahead) const {
-    Sensors skipping;
-    Sensors sameThread;
-    for (const std::int32_t sensor : among) {
-        if (skippedNext(sensor, ahead) > 0) skipping.push_back(sensor);
-        const Track& track = mMonitors.at(sensor).track;
-        if (track.begun && track.lane == batch.lane) sameThread.push_back(sensor);
-    }
-    if (skipping.size() == 1) return {skipping.front(), true};
-    if (skipping.empty() && sameThread.size() == 1) return {sameThread.front(), true};
-    for (const std::int32_t sensor : skipping) {
-        if (sameThread.size() == 1 && sensor == sameThread.front()) return {sensor, true};
-    }
-    return {skipping.empty() ? among.front() : skipping.front(), false};
 }
 
 Attribution::Choice Attribution::choose(const HandOver& batch, const Timeline& ahead) {
     Sensors among = candidates(batch);
     if (among.empty()) return {};
-    if (among.size() > 1 && !listedBy(batch)) {
+    if (among.size() > 1 && !batch.emptyType && !batch.listedBy()) {
         std::erase_if(among, [&](std::int32_t sensor) { return beginsLater(sensor, ahead); });
         if (among.empty()) among = candidates(batch);
     }

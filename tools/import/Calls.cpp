@@ -4,6 +4,16 @@
 
 namespace replay::import {
 
+std::optional<std::int32_t> HandOver::listedBy() const {
+    std::optional<std::int32_t> sensor;
+    for (const auto& [id, its] : votes) {
+        if (its.listed == 0) continue;
+        if (sensor) return std::nullopt;
+        sensor = id;
+    }
+    return sensor;
+}
+
 std::optional<std::uint32_t> HandOver::frame() const {
     if (updated) return updated->frame;
     if (filed) return filed->frame;

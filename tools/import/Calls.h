@@ -33,6 +33,9 @@ struct HandOver {
     };
     std::map<std::int32_t, Votes> votes;
 
+    // The one sensor whose calculations list it.
+    std::optional<std::int32_t> listedBy() const;
+
     std::optional<std::uint32_t> frame() const;
     // Times of its earliest and its latest sample (ns); there must be one.
     std::int64_t firstNs() const;

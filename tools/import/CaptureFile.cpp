@@ -26,7 +26,7 @@ bool isUtf16(std::string_view begin) {
     return begin.starts_with("\xFF\xFE") || begin.starts_with("\xFE\xFF");
 }
 
-// Text has no zero bytes but in UTF-16, and neither format that is unpacked begins like text.
+// Text has no zero bytes but in UTF-16, and no format that is unpacked looks like text.
 bool isPacked(std::string_view begin) {
     constexpr std::size_t kLooked = 4096;
     if (isUtf16(begin)) return false;
@@ -36,6 +36,7 @@ bool isPacked(std::string_view begin) {
 
 // Whether a file of an archive may be a log: the texts at its top.
 bool isLogName(std::string_view name) {
+    if (name.starts_with("./")) name.remove_prefix(2);
     if (name.find('/') != std::string_view::npos) return false;
     return name.ends_with(".txt") || name.ends_with(".log");
 }
@@ -106,6 +107,7 @@ void CaptureFile::unpack(std::string_view first, const std::function<void(std::s
     };
     archive_read_support_filter_all(a);
     archive_read_support_format_zip(a);
+    archive_read_support_format_tar(a);
     archive_read_support_format_raw(a);
     Unpacker unpacker{*this, first};
     if (archive_read_open(a, &unpacker, nullptr, &Unpacker::read, nullptr) != ARCHIVE_OK) fail();

@@ -1,5 +1,6 @@
 #include "tools/import/CaptureReader.h"
 
+#include <algorithm>
 #include <type_traits>
 #include <variant>
 
@@ -21,6 +22,16 @@ template <typename Assembler, typename T>
 concept TakesAgain = requires(Assembler a, const T& event) {
     a.takeAgain(event, std::size_t{});
 };
+
+template <typename... Ts>
+bool isOneOf(const Event& event) {
+    return (std::holds_alternative<Ts>(event) || ...);
+}
+
+// The only message of its call: two of them are two calls.
+bool isCall(const Event& event) {
+    return isOneOf<BatchEmpty, RollingShutter, OtpTableQueried, IndexForced, Refused>(event);
+}
 
 // The whole number in front of " lines", as chatty ends its messages; 0 when there is none.
 std::uint64_t lostLines(std::string_view text) {
@@ -112,29 +123,58 @@ void CaptureReader::addForeign(std::string_view text, const std::optional<LogLin
 }
 
 void CaptureReader::addChatty(const LogLine& line) {
-    mTimeline.doubt(mFacts.lines,
-                    std::to_string(lostLines(line.text)) + " lines of the process were dropped by the log (chatty)");
+    const std::uint64_t count = lostLines(line.text);
+    if (line.text.find(" identical ") != std::string_view::npos) {
+        if (!isRepeated(line)) repeatLast(laneOf(line), count);
+        return;
+    }
+    mTimeline.doubt(mFacts.lines, std::to_string(count) + " lines " +
+                                      (line.pid ? "of the process" : "of a process that this form does not name") +
+                                      " were dropped by the log (chatty)");
+}
+
+void CaptureReader::repeatLast(Lane& lane, std::uint64_t times) {
+    constexpr std::uint64_t kMost = 1000;  // more than a log holds of one second
+    const Event event = parseMessage(lane.lastText);
+    if (!isCall(event)) return;
+    if (times > kMost) {
+        return mTimeline.doubt(mFacts.lines,
+                               "a call that the log repeats " + std::to_string(times) + " times (chatty); left out");
+    }
+    for (std::uint64_t i = 0; i < times; ++i)
+        addEvent(event, lane);
 }
 
 bool CaptureReader::isRepeated(const LogLine& line) {
     using Verdict = RepeatFilter::Verdict;
     const std::string before = mRepeats.clock();
-    switch (mRepeats.check(line)) {
+    const Verdict verdict = mRepeats.check(line);
+    if (verdict != Verdict::kLate) tellLate();
+    switch (verdict) {
         case Verdict::kRepeated:
             if (mFacts.repeatedLines++ == 0) {
                 mTimeline.doubt(mFacts.lines, "lines from here on were there before: the recording was interrupted");
             }
             return true;
         case Verdict::kLate:
-            mTimeline.doubt(mFacts.lines, "a line among repeated ones that was not there before; left out");
+            if (mLate++ == 0) mFirstLate = mFacts.lines;
             return true;
         case Verdict::kBack:
-            mTimeline.doubt(mFacts.lines, "the log's clock runs back, from " + before + " to " +
-                                              std::string(line.time) + ": parts of several logs, or in another order");
+            mTimeline.doubt(
+                mFacts.lines,
+                "the log's clock runs back, from " + before + " to " + std::string(line.time) +
+                    ": parts of several logs, or in another order; import each log alone, its parts in order");
             return false;
         default:
             return false;
     }
+}
+
+void CaptureReader::tellLate() {
+    if (mLate == 0) return;
+    mTimeline.doubt(mFirstLate, std::to_string(mLate) + (mLate == 1 ? " line" : " lines") +
+                                    " among repeated ones, not there before; left out");
+    mLate = 0;
 }
 
 CaptureReader::Lane& CaptureReader::laneOf(const LogLine& line) {
@@ -152,13 +192,17 @@ void CaptureReader::addMessage(const LogLine& line) {
     mFacts.sawThreads = mFacts.sawThreads || line.tid.has_value();
     const Event event = parseMessage(line.text);
     // No call issues the same message twice in a row.
-    if (lane.lastText == line.text && lane.lastTime == line.time) {
-        ++mFacts.doubledLines;
-        return lane.takeAgain(event, mFacts.lines);
+    if (lane.lastText == line.text && lane.lastTime == line.time && (mDoubles || !isCall(event))) {
+        return addDoubled(event, lane);
     }
     lane.lastText = line.text;
     lane.lastTime = line.time;
+    if (const auto* const batch = std::get_if<BatchUpdated>(&event); batch && line.time.empty()) watchTimes(*batch);
     listen(event, line.time);
+    addEvent(event, lane);
+}
+
+void CaptureReader::addEvent(const Event& event, Lane& lane) {
     std::visit(
         [&](const auto& its) {
             using T = std::decay_t<decltype(its)>;
@@ -166,8 +210,11 @@ void CaptureReader::addMessage(const LogLine& line) {
             if constexpr (std::is_same_v<T, SampleUsed>) mFacts.sawListings = true;
             if constexpr (std::is_same_v<T, BatchUpdated>) mFacts.sawHandOvers = true;
             if constexpr (std::is_same_v<T, Timing>) mFacts.sawFrames = true;
+            if constexpr (std::is_same_v<T, Refused>) {
+                if (mFacts.refused++ == 0) mFacts.refusedSensor = its.sensor;
+            }
             if constexpr (std::is_same_v<T, Unreadable>) {
-                mTimeline.doubt(mFacts.lines, "a message of the library that is cut or changed; left out");
+                mTimeline.doubt(mFacts.lines, std::string(kUnreadableMessage));
             } else if constexpr (std::is_same_v<T, RollingShutter> || std::is_same_v<T, OtpTableQueried> ||
                                  std::is_same_v<T, IndexForced>) {
                 mTimeline.add(mFacts.lines, its);
@@ -176,6 +223,29 @@ void CaptureReader::addMessage(const LogLine& line) {
             }
         },
         event);
+}
+
+void CaptureReader::addDoubled(const Event& event, Lane& lane) {
+    ++mFacts.doubledLines;
+    // Concurrent calls of sensors whose threads are not known never mix these.
+    mDoubles = mDoubles || isOneOf<SampleReceived, BatchUpdated, Registered>(event);
+    if (std::holds_alternative<BatchEmpty>(event)) {
+        mTimeline.doubt(mFacts.lines, "a hand-over without samples, twice like other lines of this log; taken for one");
+    }
+    lane.takeAgain(event, mFacts.lines);
+}
+
+void CaptureReader::watchTimes(const BatchUpdated& batch) {
+    constexpr std::uint64_t kBackMs = 250;  // hand-overs of concurrent cameras lie nearer
+    constexpr std::uint64_t kNsPerMs = 1000000;
+    if (batch.count == 0) return;
+    const bool back = batch.last < mNewestNs && (mNewestNs - batch.last) / kNsPerMs > kBackMs;
+    if (back) {
+        mTimeline.doubt(mFacts.lines, "samples run back by " + std::to_string((mNewestNs - batch.last) / kNsPerMs) +
+                                          " ms: the log was printed twice, which then counts twice, or the device "
+                                          "restarted; import either part alone, or record with -v threadtime");
+    }
+    mNewestNs = back ? batch.last : std::max(mNewestNs, batch.last);
 }
 
 void CaptureReader::listen(const Event& event, std::string_view clock) {
@@ -200,6 +270,7 @@ void CaptureReader::letGo() {
 }
 
 void CaptureReader::finish() {
+    tellLate();
     letGo();
 }
 

@@ -20,10 +20,12 @@ namespace replay::import {
 // What the lines are, as far as they have been read.
 struct CaptureFacts {
     std::size_t lines = 0;
-    std::size_t ownLines = 0;       // messages of the library, from the process that is imported
-    std::size_t doubledLines = 0;   // of those
-    std::size_t repeatedLines = 0;  // of those, after the recording had been interrupted
-    std::size_t bareLines = 0;      // messages of the library without a tag
+    std::size_t ownLines = 0;        // messages of the library, from the process that is imported
+    std::size_t doubledLines = 0;    // of those
+    std::size_t repeatedLines = 0;   // of those, after the recording had been interrupted
+    std::size_t refused = 0;         // calls for a sensor that the library refuses
+    std::int32_t refusedSensor = 0;  // of the first of them
+    std::size_t bareLines = 0;       // messages of the library without a tag
     std::optional<std::uint32_t> pid;
     std::map<std::uint32_t, std::size_t> otherProcesses;  // library lines of each
     bool sawThreads = false;                              // the form names threads
@@ -53,9 +55,14 @@ private:
     bool isOurs(const LogLine& line);
     void addForeign(std::string_view line, const std::optional<LogLine>& record);
     void addChatty(const LogLine& line);
+    void repeatLast(Lane& lane, std::uint64_t times);
     void addMessage(const LogLine& line);
+    void addEvent(const Event& event, Lane& lane);
+    void addDoubled(const Event& event, Lane& lane);
     bool isRepeated(const LogLine& line);
+    void tellLate();
     void listen(const Event& event, std::string_view clock);
+    void watchTimes(const BatchUpdated& batch);
     void letGo();
     Lane& laneOf(const LogLine& line);
 
@@ -65,7 +72,11 @@ private:
     std::map<std::uint32_t, std::unique_ptr<Lane>> mLanes;  // by thread id, or by process id where none is known
     Lane* mLastLane = nullptr;
     std::uint32_t mLastId = 0;
+    std::uint64_t mNewestNs = 0;  // of the samples handed over, where lines have no clock
+    bool mDoubles = false;        // the log prints lines twice
     RepeatFilter mRepeats;
+    std::size_t mLate = 0;  // lines in a row, among repeated ones, that were not there before
+    std::size_t mFirstLate = 0;
     Silence mSilence;
 };
 

@@ -162,6 +162,9 @@ struct ValuesFilled {
 
 // ---- The rest
 
+struct Refused {  // a call for a sensor that there cannot be
+    std::int32_t sensor = 0;
+};
 struct Other {};       // of the library, but nothing to rebuild a session from
 struct Unreadable {};  // of the library's form, but cut or changed
 
@@ -170,6 +173,6 @@ using Event =
                  Registered, Started, DeliveryStarted, DeliveryEnded, Stopped, StartFailed, RollingShutter, OtpLayout,
                  OtpAbsent, OtpGolden, OtpCalibration, OtpImplausible, OtpTableQueried, IndexForced, ExposureMode,
                  AlreadyWritten, Timing, QueryStarted, Matched, NothingMatched, QueryAnswered, QueryEnded, Calculation,
-                 MatchFailed, Position, ValuesFilled, Other, Unreadable>;
+                 MatchFailed, Position, ValuesFilled, Refused, Other, Unreadable>;
 
 }  // namespace replay::import

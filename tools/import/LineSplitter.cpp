@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace replay::import {
 namespace {
 
 constexpr std::uint32_t kSupplementary = 0xFFFF + 1;  // the first code that takes two units
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+constexpr std::string_view kMarks[] = {kUtf8Mark, "\xFF\xFE", "\xFE\xFF"};
 
 void appendUtf8(std::string& out, std::uint32_t code) {
     const auto tail = [&out](std::uint32_t bits) { out += static_cast<char>(0x80 | (bits & 0x3F)); };
@@ -26,6 +28,13 @@ void appendUtf8(std::string& out, std::uint32_t code) {
         tail(code >> 6);
         tail(code);
     }
+}
+
+// ASCII in UTF-16, cut before or after a line's end: every other byte is zero.
+bool isWide(std::string_view line) {
+    if (line.size() < 2) return line.starts_with('\0');
+    bool zero = line[0] == '\0';
+    return std::ranges::all_of(line, [&](char c) { return (c == '\0') == std::exchange(zero, !zero); });
 }
 
 }  // namespace
@@ -47,16 +56,14 @@ void LineSplitter::detect(std::string_view& bytes) {
     }
 }
 
-std::string_view LineSplitter::decoded(std::string_view bytes) {
-    mDecoded.clear();
+// The units in mBegin.
+void LineSplitter::decode() {
     const bool little = mEncoding == Encoding::kUtf16Little;
-    for (const char byte : bytes) {
-        mBegin += byte;
-        if (mBegin.size() < 2) continue;
-        const auto first = static_cast<std::uint8_t>(mBegin[0]);
-        const auto second = static_cast<std::uint8_t>(mBegin[1]);
-        mBegin.clear();
+    for (std::size_t i = 0; i + 1 < mBegin.size(); i += 2) {
+        const auto first = static_cast<std::uint8_t>(mBegin[i]);
+        const auto second = static_cast<std::uint8_t>(mBegin[i + 1]);
         const std::uint32_t unit = little ? first | std::uint32_t{second} << 8 : second | std::uint32_t{first} << 8;
+        mLineBegins = unit == '\n';
         if (unit >= 0xD800 && unit < 0xDC00) {
             mHigh = unit;
         } else if (unit >= 0xDC00 && unit < 0xE000) {
@@ -66,7 +73,30 @@ std::string_view LineSplitter::decoded(std::string_view bytes) {
             appendUtf8(mDecoded, unit);
         }
     }
-    return mDecoded;
+    mBegin.clear();
+}
+
+// Whether a line of UTF-16 begins like one of UTF-8: without a zero byte, which every character of ASCII has.
+bool LineSplitter::mayBeNarrow() const {
+    const std::string_view text = std::string_view(mBegin).substr(mBegin.starts_with(kUtf8Mark[0]) ? 2 : 0);
+    return mLineBegins && std::ranges::all_of(text, [](char c) { return (c >= ' ' && c <= '~') || c == kUtf8Mark[2]; });
+}
+
+void LineSplitter::addWide(std::string_view bytes) {
+    constexpr std::size_t kTold = 24;  // bytes; no text of another script looks so for so long
+    mDecoded.clear();
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        mBegin += bytes[i];
+        if (mBegin.size() % 2 != 0 || (mBegin.size() < kTold && mayBeNarrow())) continue;
+        if (mBegin.size() >= kTold && mayBeNarrow()) {
+            mEncoding = Encoding::kUtf8;
+            split(mDecoded);
+            split(std::exchange(mBegin, {}));
+            return split(bytes.substr(i + 1));
+        }
+        decode();
+    }
+    split(mDecoded);
 }
 
 void LineSplitter::add(std::string_view bytes) {
@@ -78,7 +108,7 @@ void LineSplitter::add(std::string_view bytes) {
         mBegin.clear();
         bytes = first;
     }
-    split(mEncoding == Encoding::kUtf8 ? bytes : decoded(bytes));
+    mEncoding == Encoding::kUtf8 ? split(bytes) : addWide(bytes);
 }
 
 void LineSplitter::split(std::string_view text) {
@@ -102,14 +132,25 @@ void LineSplitter::keep(std::string_view part) {
 
 void LineSplitter::give(std::string_view line) {
     line = line.substr(0, kMaxLine);
+    for (const std::string_view mark : kMarks) {
+        if (line.starts_with(mark)) line.remove_prefix(mark.size());
+    }
+    if (isWide(line)) {
+        mNarrow = line;
+        std::erase(mNarrow, '\0');
+        line = mNarrow;
+    }
     while (line.ends_with('\r'))
         line.remove_suffix(1);
     mSink(line);
 }
 
 void LineSplitter::finish() {
-    if (mEncoding == Encoding::kUnknown) split(mBegin);
+    mDecoded.clear();
+    if (mEncoding != Encoding::kUnknown) decode();
+    split(mEncoding == Encoding::kUnknown ? mBegin : mDecoded);
     mBegin.clear();
+    mLineBegins = true;
     mEncoding = Encoding::kUnknown;
     mHigh = 0;
     if (!mLine.empty()) give(mLine);

@@ -1,4 +1,5 @@
-// Cuts the bytes of a text into lines: UTF-8, or UTF-16 with a byte order mark, ended by LF, CR LF or CR CR LF.
+// Cuts the bytes of a text into lines: UTF-8, or UTF-16 with a byte order mark, ended by LF, CR LF or CR CR LF. Where
+// shells have appended a text of the other encoding, lines of ASCII are read in theirs.
 #pragma once
 
 #include <cstddef>
@@ -27,16 +28,20 @@ private:
     enum class Encoding { kUnknown, kUtf8, kUtf16Little, kUtf16Big };
 
     void detect(std::string_view& bytes);
-    std::string_view decoded(std::string_view bytes);
+    void addWide(std::string_view bytes);
+    bool mayBeNarrow() const;
+    void decode();
     void split(std::string_view text);
     void keep(std::string_view part);
     void give(std::string_view line);
 
     const Sink mSink;
     Encoding mEncoding = Encoding::kUnknown;
-    std::string mBegin;       // the first bytes, while they are too few to tell the encoding; later half a unit
+    std::string mBegin;       // the first bytes of the text, or of a line, too few to tell the encoding; or half a unit
+    bool mLineBegins = true;  // in UTF-16
     std::string mDecoded;     // of UTF-16
     std::string mLine;        // the beginning of a line whose end has not come yet
+    std::string mNarrow;      // a line without the zeros of UTF-16
     std::uint32_t mHigh = 0;  // a surrogate that waits for its other half
 };
 

@@ -173,9 +173,12 @@ Event parseMessage(std::string_view text) {
     const std::size_t end = text.find(']');
     if (end == std::string_view::npos || text.substr(end, 2) != "] ") return event;
     const std::string_view name = text.substr(0, end);
+    const std::string_view message = withoutSite(text.substr(end + 2), name);
+    Refused refused;
+    if (as(message, event, refused, "sensorId(", refused.sensor, ") is invalid !!!")) return event;
     const auto* const function = std::ranges::find(kFunctions, name, &Named::name);
     if (function == std::end(kFunctions)) return Other{};
-    if (!function->read(withoutSite(text.substr(end + 2), name), event)) event = Unreadable{};
+    if (!function->read(message, event)) event = Unreadable{};
     return event;
 }
 

@@ -12,8 +12,13 @@ std::uint64_t keyOf(const LogLine& line) {
     return hash(line.text) ^ (hash(line.time) + line.tid.value_or(0)) * kMix;
 }
 
-// Clocks of one form compare as texts but for seconds without leading zeros.
+constexpr std::string_view kLastDay = "12-31 ";
+constexpr std::string_view kFirstDay = "01-01 ";
+
+// Clocks of one form compare as texts but for seconds without leading zeros, and the turn of a year that none names.
 bool isBefore(std::string_view a, std::string_view b) {
+    if (a.starts_with(kLastDay) && b.starts_with(kFirstDay)) return true;
+    if (a.starts_with(kFirstDay) && b.starts_with(kLastDay)) return false;
     const std::size_t lengths[] = {a.find('.'), b.find('.')};
     return lengths[0] != lengths[1] ? lengths[0] < lengths[1] : a < b;
 }

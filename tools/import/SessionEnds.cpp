@@ -79,6 +79,11 @@ void SessionWriter::adviseOnForm() {
         mReport.general("the form of the log names no threads, and there are " + to_string(mSensors.size()) +
                         " sensors: messages were told apart by what they say; record with -v threadtime");
     }
+    if (mFacts.refused != 0) {
+        mReport.general(countOf(mFacts.refused, "call") +
+                        " for a sensor that the library refuses left out, the first for sensor " +
+                        to_string(mFacts.refusedSensor) + "; they change nothing");
+    }
     if (mReport.frames != 0 && !mMode && mFacts.sawListings) {
         mReport.general("no position tells the calculation mode; 0 is assumed");
     }

@@ -45,7 +45,8 @@ std::optional<std::int32_t> SessionWriter::sensorOf(const HandOver& batch) {
         return std::nullopt;
     }
     if (!choice.sure && batch.emptyType) {
-        line("# assumed: the sensor of this call, which hands over nothing");
+        hole("a hand-over without samples, of which sensor nothing tells; taken for sensor " +
+             to_string(*choice.sensor) + ", no position depends on it");
     } else if (!choice.sure) {
         ++mReport.ambiguous;
         const auto frame = batch.frame();

@@ -79,8 +79,9 @@ struct Exposure {
     double x = 0, y = 0;
     std::string xText, yText;  // as printed
     bool filled = false;
-    bool whole = false;   // every message from its calculation to its result is there
-    bool proven = false;  // its listing gives its position
+    bool whole = false;      // every message from its calculation to its result is there
+    bool proven = false;     // its listing gives its position
+    bool contested = false;  // another calculation of the sensor waited for the message as well
 
     bool isListed() const { return calculation && calculation->count != 0 && listing.size() == calculation->count; }
     bool isOver() const { return outcome != Outcome::kUnknown; }

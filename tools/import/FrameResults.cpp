@@ -1,5 +1,6 @@
 // The part of FrameAssembler that follows a calculation from its list of samples to its result.
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "tools/import/FrameAssembler.h"
@@ -15,12 +16,15 @@ using Outcome = Exposure::Outcome;
 
 template <typename Condition>
 std::pair<FrameAssembler::Places::iterator, Exposure*> FrameAssembler::waiting(Condition condition) {
-    for (auto frame = mOpen.begin(); frame != mOpen.end(); ++frame) {
-        std::vector<Exposure>& exposures = frameOf(*frame).exposures;
-        if (exposures.empty() || exposures.back().isOver() || !condition(exposures.back())) continue;
-        return {frame, &exposures.back()};
-    }
-    return {mOpen.end(), nullptr};
+    const auto waits = [&condition](Place place) {
+        const std::vector<Exposure>& exposures = frameOf(place).exposures;
+        return !exposures.empty() && !exposures.back().isOver() && condition(exposures.back());
+    };
+    const auto frame = std::ranges::find_if(mOpen, waits);
+    if (frame == mOpen.end()) return {frame, nullptr};
+    Exposure& first = frameOf(*frame).exposures.back();
+    first.contested = std::any_of(std::next(frame), mOpen.end(), waits);
+    return {frame, &first};
 }
 
 void FrameAssembler::take(const SearchStep&, std::size_t line) {

@@ -58,7 +58,8 @@ bool SessionWriter::isNextFrameNext(std::int32_t id, const Exposure& exposure) c
 }
 
 bool SessionWriter::isTied(std::int32_t id, const Frame& frame, const Exposure& exposure, const Played& played) const {
-    if (exposure.proven || (played.position && isPrinted(exposure, *played.position))) return true;
+    if (exposure.proven) return true;
+    if (!exposure.contested && played.position && isPrinted(exposure, *played.position)) return true;
     // Its own samples give another position: either the device computes otherwise, or the messages of two frames run
     // into each other where some between are lost. Then a frame is missing.
     const Exposure& last = frame.exposures.back();

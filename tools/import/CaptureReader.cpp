@@ -134,7 +134,7 @@ void CaptureReader::addChatty(const LogLine& line) {
 }
 
 void CaptureReader::repeatLast(Lane& lane, std::uint64_t times) {
-    constexpr std::uint64_t kMost = 1000;  // more than a log holds of one second
+    constexpr std::uint64_t kMost = 500;  // more than a log holds of one second
     const Event event = parseMessage(lane.lastText);
     if (!isCall(event)) return;
     if (times > kMost) {
